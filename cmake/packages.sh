@@ -1,0 +1,20 @@
+# What the scripts at the root need from Debian. Sourced, not run.
+
+build_packages=(g++ cmake ninja-build pkg-config)
+check_packages=(clang-format libgtest-dev libbenchmark-dev)
+
+# Installs those of the named packages that are missing; asks for root only when there are any.
+install_packages() {
+    local missing=() package
+    for package in "$@"; do
+        [ "$(dpkg-query -W -f '${Status}' "$package" 2>/dev/null)" = "install ok installed" ] ||
+            missing+=("$package")
+    done
+    [ "${#missing[@]}" -eq 0 ] && return
+    local as_root=()
+    [ "$(id -u)" -eq 0 ] || as_root=(sudo)
+    echo "Installing: ${missing[*]}"
+    "${as_root[@]}" apt-get update -qq
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get install -qq -y --no-install-recommends "${missing[@]}" >/dev/null
+}

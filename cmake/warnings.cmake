@@ -1,0 +1,13 @@
+# Interface target with the warnings of this project, and the sanitizers when asked for.
+add_library(zspsc_warnings INTERFACE)
+target_compile_options(zspsc_warnings INTERFACE
+    $<$<COMPILE_LANGUAGE:C,CXX>:-Wall;-Wextra;-Wconversion;-Wsign-conversion;-Wshadow>
+    $<$<AND:$<COMPILE_LANGUAGE:C,CXX>,$<BOOL:${ZSPSC_WERROR}>>:-Werror>)
+
+if(ZSPSC_SANITIZE)
+    add_compile_options($<$<COMPILE_LANGUAGE:C,CXX>:-fsanitize=${ZSPSC_SANITIZE}>
+                        $<$<COMPILE_LANGUAGE:C,CXX>:-fno-sanitize-recover=all>
+                        $<$<COMPILE_LANGUAGE:C,CXX>:-fno-omit-frame-pointer>)
+    add_compile_definitions($<$<COMPILE_LANGUAGE:CXX>:_GLIBCXX_ASSERTIONS>)
+    add_link_options(-fsanitize=${ZSPSC_SANITIZE})
+endif()

@@ -1,0 +1,61 @@
+// Loads and stores of AVX2 vectors by element type, at any alignment. Reductions and other helpers
+// that more than one family uses stand here as well.
+#pragma once
+
+#include <cstdint>
+#include <immintrin.h>
+
+namespace zsp::avx2 {
+
+inline __m256i load(const std::int16_t* p) noexcept
+{
+    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
+}
+
+inline __m256i load(const std::int32_t* p) noexcept
+{
+    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
+}
+
+inline __m256 load(const float* p) noexcept
+{
+    return _mm256_loadu_ps(p);
+}
+
+/// Eight words.
+inline __m128i load8(const std::int16_t* p) noexcept
+{
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+}
+
+inline void store(std::int16_t* p, __m256i v) noexcept
+{
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v);
+}
+
+inline void store(std::int32_t* p, __m256i v) noexcept
+{
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v);
+}
+
+inline void store(float* p, __m256 v) noexcept
+{
+    _mm256_storeu_ps(p, v);
+}
+
+/// Eight words.
+inline void store8(std::int16_t* p, __m128i v) noexcept
+{
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v);
+}
+
+/// Sum of the eight 32-bit lanes, wrapping.
+inline std::int32_t sum32(__m256i v) noexcept
+{
+    __m128i s = _mm_add_epi32(_mm256_castsi256_si128(v), _mm256_extracti128_si256(v, 1));
+    s = _mm_add_epi32(s, _mm_shuffle_epi32(s, 0x4e)); // swap the 64-bit halves
+    s = _mm_add_epi32(s, _mm_shuffle_epi32(s, 0xb1)); // swap neighbours
+    return _mm_cvtsi128_si32(s);
+}
+
+} // namespace zsp::avx2

@@ -1,0 +1,44 @@
+// The load routine: asks the companion library for the processor features once, at process attach.
+//
+// The flag is a record for whoever looks at the process with a debugger. Nothing reads it, hence
+// volatile, and loading succeeds whatever the mask says.
+
+#include "zspcore.h"
+
+#include <cstdint>
+
+namespace {
+
+constexpr std::uint64_t kAvxFamily = 0x10 | 0x20;
+
+volatile bool avxFamilyEnabled = false;
+
+void onProcessAttach() noexcept
+{
+    avxFamilyEnabled = (zspGetEnabledCpuFeatures() & kAvxFamily) == kAvxFamily;
+}
+
+} // namespace
+
+#ifdef _WIN32
+
+#include <windows.h>
+
+BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID)
+{
+    if (reason == DLL_PROCESS_ATTACH) onProcessAttach();
+    return TRUE;
+}
+
+#else
+
+namespace {
+
+__attribute__((constructor)) void load() noexcept
+{
+    onProcessAttach();
+}
+
+} // namespace
+
+#endif

@@ -1,0 +1,132 @@
+/**
+ * @file zspsc.h
+ * Speech-coding and voice-processing primitives for x86-64 with AVX2.
+ *
+ * What holds for every function:
+ *
+ *  - The status is the return value; 0 (::zspStsNoErr) is success, negative values are errors,
+ *    positive values warnings.
+ *  - Arguments are checked in the order in which a function lists its results. A failed check
+ *    writes nothing, neither to outputs nor to a state, unless a function says otherwise.
+ *  - Arrays hold their elements contiguously in the byte order of the machine and are aligned as
+ *    their element type is. Output arrays must not overlap other arguments unless a function says
+ *    that they may.
+ *  - A state is a buffer of the caller's. Functions on different states may run at the same time on
+ *    any threads; calls on one state are the caller's to serialise. Nothing is allocated.
+ *  - Qn is a signed integer that holds a value times 2^n. "sat16" and "sat32" limit to a signed 16-
+ *    or 32-bit integer, ">>" is an arithmetic shift.
+ *
+ * Suffixes of the names give the element types: 8u, 16s, 32s, 32f, 64f; 32sc and 32fc for complex
+ * values; _I for in-place operation, _Sfs for a scale factor.
+ */
+#ifndef ZSPSC_H
+#define ZSPSC_H
+
+#include <stdint.h>
+
+#if defined(__GNUC__) && !defined(_WIN32)
+#define ZSPSC_API __attribute__((visibility("default")))
+#else
+#define ZSPSC_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---------------------------------------------------------------------------------------------- */
+/* Types                                                                                          */
+
+/** Result of every function but zspscGetLibVersion(). */
+typedef enum ZspStatus {
+    zspStsOverflow = 12,          /**< warning: the result could not be represented normally */
+    zspStsNoErr = 0,              /**< success */
+    zspStsInternalErr = -2,       /**< an internal transform reported failure */
+    zspStsBadArgErr = -5,         /**< an argument outside its domain that is not a length */
+    zspStsSizeErr = -6,           /**< a length or count that is not accepted */
+    zspStsRangeErr = -7,          /**< a numeric parameter outside its range */
+    zspStsNullPtrErr = -8,        /**< a required pointer is null */
+    zspStsMemAllocErr = -9,       /**< a temporary work array could not be had */
+    zspStsCodecRangeErr = -11,    /**< a codec index, lag or mode outside the standard's range */
+    zspStsNegativeValueErr = -12, /**< a value that indexes a table is negative */
+    zspStsScaleRangeErr = -13,    /**< a scale factor or shift outside its range */
+    zspStsLSPConvErr = -114,      /**< not all line spectral pairs were found */
+    zspStsFIRLenErr = -119        /**< a sub-band filter length outside 1..4097 */
+} ZspStatus;
+
+/** A complex number of two floats. */
+typedef struct Zsp32fc {
+    float re; /**< real part */
+    float im; /**< imaginary part */
+} Zsp32fc;
+
+/** A complex number of two signed 32-bit integers. */
+typedef struct Zsp32sc {
+    int32_t re; /**< real part */
+    int32_t im; /**< imaginary part */
+} Zsp32sc;
+
+/** The version record. */
+typedef struct ZspLibraryVersion {
+    int32_t major;           /**< 8 */
+    int32_t minor;           /**< 1 */
+    int32_t update;          /**< 1 */
+    int32_t revision;        /**< source revision */
+    char cpuTag[4];          /**< processor-specific build, "l9" for AVX2, zero-filled */
+    const char* name;        /**< name of the library and the build */
+    const char* versionText; /**< version and revision as text */
+    const char* buildDate;   /**< date as text */
+} ZspLibraryVersion;
+
+/* ---------------------------------------------------------------------------------------------- */
+/* Version                                                                                        */
+
+/**
+ * The version record of this library.
+ *
+ * @return the one record, in read-only memory, never null; the same pointer on every call
+ */
+ZSPSC_API const ZspLibraryVersion* zspscGetLibVersion(void);
+
+/* ---------------------------------------------------------------------------------------------- */
+/* Products                                                                                       */
+
+/**
+ * Multiply two vectors with a rounding right shift and saturation.
+ *
+ *   dst[i] = sat16((src1[i] * src2[i] + 2^(scaleFactor-1)) >> scaleFactor)
+ *
+ * The sum is exact; there is no rounding term when scaleFactor is 0. Ties round towards plus
+ * infinity. A scaleFactor of 32 or more gives 0.
+ *
+ * @param[in]  src1, src2   len samples each
+ * @param[out] dst          len samples; may be src1 or src2, otherwise must not overlap them
+ * @param      len          at least 1
+ * @param      scaleFactor  at least 0; 15 for Q15 x Q15 -> Q15
+ * @retval zspStsNullPtrErr     src1, src2 or dst is null
+ * @retval zspStsSizeErr        len < 1
+ * @retval zspStsScaleRangeErr  scaleFactor < 0
+ * @see ITU-T G.191, basic operator mult_r (scaleFactor 15)
+ */
+ZSPSC_API ZspStatus zspsMul_NR_16s_Sfs(const int16_t* src1, const int16_t* src2, int16_t* dst,
+                                       int32_t len, int32_t scaleFactor);
+
+/**
+ * As zspsMul_NR_16s_Sfs(), in place: srcDst is the second source and the destination.
+ *
+ * @param[in]     src          len samples; may be srcDst, otherwise must not overlap it
+ * @param[in,out] srcDst       len samples
+ * @param         len          at least 1
+ * @param         scaleFactor  at least 0
+ * @retval zspStsNullPtrErr     src or srcDst is null
+ * @retval zspStsSizeErr        len < 1
+ * @retval zspStsScaleRangeErr  scaleFactor < 0
+ */
+ZSPSC_API ZspStatus zspsMul_NR_16s_ISfs(const int16_t* src, int16_t* srcDst, int32_t len,
+                                        int32_t scaleFactor);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
