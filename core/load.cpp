@@ -41,4 +41,10 @@ __attribute__((constructor)) void load() noexcept
 
 } // namespace
 
+extern "C" {
+/// What the stubs name, so that a static link keeps this file.
+extern const char zspLoadAnchor;
+const char zspLoadAnchor = 0;
+}
+
 #endif

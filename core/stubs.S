@@ -15,6 +15,12 @@
 #define ZSP_EXPORT_AS(name, shared) ZSP_STUB(name)
 
         .text
+#ifdef __ELF__
+        /* Whoever links the archive and uses any export gets the load routine as well: a relocation
+         * that does nothing but name it. */
+        .hidden zspLoadAnchor
+        .reloc ., R_X86_64_NONE, zspLoadAnchor
+#endif
 #include "exports.inc"
 
 #ifdef __ELF__

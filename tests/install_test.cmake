@@ -1,0 +1,53 @@
+# Installs the build into an empty prefix and uses it as somebody else would: through the CMake
+# package and through pkg-config, shared and static, in C and in C++.
+#   cmake -DBUILD_DIR=... -DCONSUMER_DIR=... -DWORK_DIR=... -P install_test.cmake
+
+function(run)
+    execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output
+                    ERROR_VARIABLE output)
+    if(NOT result EQUAL 0)
+        list(JOIN ARGN " " command)
+        message(FATAL_ERROR "${command}\n${output}")
+    endif()
+    set(output "${output}" PARENT_SCOPE)
+endfunction()
+
+set(prefix ${WORK_DIR}/prefix)
+file(REMOVE_RECURSE ${WORK_DIR})
+run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix})
+
+# CMake package
+run(${CMAKE_COMMAND} -S ${CONSUMER_DIR} -B ${WORK_DIR}/build -DCMAKE_PREFIX_PATH=${prefix})
+run(${CMAKE_COMMAND} --build ${WORK_DIR}/build)
+foreach(program shared_c shared_cpp static_c static_cpp)
+    run(${WORK_DIR}/build/${program})
+    message(STATUS "${program}: ${output}")
+endforeach()
+
+# The static programs bring the load routine along and no shared library of ours.
+foreach(program static_c static_cpp)
+    run(nm ${WORK_DIR}/build/${program})
+    if(NOT output MATCHES "zspLoadAnchor")
+        message(FATAL_ERROR "${program}: the linker dropped the load routine")
+    endif()
+    run(readelf -d ${WORK_DIR}/build/${program})
+    if(output MATCHES "zsp")
+        message(FATAL_ERROR "${program} needs a shared library of ours")
+    endif()
+endforeach()
+
+# pkg-config, the prefix being where the .pc file lies
+file(GLOB_RECURSE pc_file ${prefix}/*/zspsc.pc)
+cmake_path(GET pc_file PARENT_PATH pc_dir)
+cmake_path(GET pc_dir PARENT_PATH lib_dir)
+set(ENV{PKG_CONFIG_PATH} ${pc_dir})
+foreach(mode "" "--static")
+    run(pkg-config --define-variable=prefix=${prefix} ${mode} --cflags --libs zspsc)
+    separate_arguments(flags UNIX_COMMAND "${output}")
+    if(mode)
+        list(PREPEND flags -static)
+    endif()
+    run(cc ${CONSUMER_DIR}/consumer.c -o ${WORK_DIR}/pkg_config ${flags} -Wl,-rpath,${lib_dir})
+    run(${WORK_DIR}/pkg_config)
+    message(STATUS "pkg-config ${mode}: ${output}")
+endforeach()
