@@ -1,4 +1,5 @@
-# Reads the list of exports and writes the version script with their exact names.
+# Reads the list of exports and writes the version script and the module definition file with their
+# exact names.
 set(ZSPSC_EXPORT_LIST ${PROJECT_SOURCE_DIR}/core/exports.inc)
 set(ZSPSC_VERSION_SCRIPT ${PROJECT_BINARY_DIR}/zspsc.map)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${ZSPSC_EXPORT_LIST})
@@ -17,4 +18,12 @@ file(CONFIGURE OUTPUT ${ZSPSC_VERSION_SCRIPT} @ONLY CONTENT
     local:
         *;
 };
+")
+
+set(ZSPSC_MODULE_DEFINITION ${PROJECT_BINARY_DIR}/zspsc.def)
+list(JOIN ZSPSC_EXPORTS "\n    " names)
+file(CONFIGURE OUTPUT ${ZSPSC_MODULE_DEFINITION} @ONLY CONTENT
+"LIBRARY zspsc.dll
+EXPORTS
+    @names@
 ")
