@@ -1,7 +1,7 @@
 # What the scripts at the root need from Debian. Sourced, not run.
 
 build_packages=(g++ cmake ninja-build pkg-config)
-check_packages=(clang-format libgtest-dev libbenchmark-dev)
+check_packages=(clang-format doxygen ladspa-sdk libbenchmark-dev libgtest-dev sox)
 
 # Installs those of the named packages that are missing; asks for root only when there are any.
 install_packages() {

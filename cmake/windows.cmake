@@ -12,7 +12,7 @@ endforeach()
 find_program(ZSPSC_DLLTOOL llvm-dlltool-14 llvm-dlltool)
 if(ZSPSC_DLLTOOL)
     add_custom_command(TARGET zspsc POST_BUILD COMMAND ${ZSPSC_DLLTOOL}
-        -m i386:x86-64 -d ${ZSPSC_MODULE_DEFINITION} -l ${PROJECT_BINARY_DIR}/lib/zspsc.lib)
-    install(FILES ${PROJECT_BINARY_DIR}/lib/zspsc.lib DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        -m i386:x86-64 -d ${ZSPSC_MODULE_DEFINITION} -l ${PROJECT_BINARY_DIR}/zspsc.lib)
+    install(FILES ${PROJECT_BINARY_DIR}/zspsc.lib DESTINATION ${CMAKE_INSTALL_LIBDIR}
         COMPONENT dev)
 endif()
