@@ -58,4 +58,11 @@ inline std::int32_t sum32(__m256i v) noexcept
     return _mm_cvtsi128_si32(s);
 }
 
+/// Sum of the four 64-bit lanes, wrapping.
+inline std::int64_t sum64(__m256i v) noexcept
+{
+    const __m128i s = _mm_add_epi64(_mm256_castsi256_si128(v), _mm256_extracti128_si256(v, 1));
+    return _mm_cvtsi128_si64(_mm_add_epi64(s, _mm_unpackhi_epi64(s, s)));
+}
+
 } // namespace zsp::avx2

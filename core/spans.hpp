@@ -16,4 +16,11 @@ using Out32 = std::span<std::int32_t>;
 using InF = std::span<const float>;
 using OutF = std::span<float>;
 
+/// The N elements that begin at `p`.
+template <std::size_t N, typename T>
+constexpr std::span<T, N> spanOf(T* p) noexcept
+{
+    return std::span<T, N>(p, N);
+}
+
 } // namespace zsp

@@ -239,6 +239,64 @@ ZSPSC_API ZspStatus zspsDecode_G726_8u16s(void* state, const uint8_t* src, int16
 /* ---------------------------------------------------------------------------------------------- */
 /* GSM-AMR voice activity detection and DTX                                                       */
 
+/* In the encoder's order: the open-loop pitch search, the detector, the handler with the detector's
+ * flag; every frame goes into the encoder's buffer. The records are the caller's: plain data that
+ * may be copied, at any address. Frames are 160 samples of 8 kHz linear PCM, 20 ms. */
+
+/**
+ * One frame of the transmit side's DTX handler: may this frame be comfort noise?
+ *
+ * A speech frame sets the hangover count to 7. Later frames count it down and stay in speech mode,
+ * unless elapsed + hangover, after counting, is below 30. With the count at 0 a frame becomes
+ * comfort noise with new parameters. Before the first frame the counts are 7 and 32767.
+ *
+ * @param[in,out] hangover  speech frames left of the hangover
+ * @param[in,out] elapsed   frames since new comfort-noise parameters were possible, stops at 32767
+ * @param[in,out] mode      set to 25 when the frame becomes comfort noise, otherwise kept
+ * @param[out]    newSid    1 when new comfort-noise parameters are possible, otherwise 0
+ * @param         vadFlag   the detector's flag; not 0 for speech
+ * @retval zspStsNullPtrErr  hangover, elapsed, mode or newSid is null
+ * @see 3GPP TS 26.093, transmit DTX handler
+ */
+ZSPSC_API ZspStatus zspsEncDTXHandler_GSMAMR_16s(int16_t* hangover, int16_t* elapsed, int16_t* mode,
+                                                 int16_t* newSid, int16_t vadFlag);
+
+/**
+ * Enters one frame into the encoder's history for the averaging of comfort-noise parameters.
+ *
+ *   index = (index + 1) mod 8, lspHistory[10 * index ..] = lsp,
+ *   logEnergyHistory[index] = log2(sum of squares / 160) / 2 in Q10
+ *
+ * The energy saturates at (2^31 - 1) / 2; silence is stored as -4261.
+ *
+ * @param[in]     speech            160 samples
+ * @param[in]     lsp               10 line spectral pairs, Q15
+ * @param[in,out] index             place of the newest entry, 0..7; not checked
+ * @param[in,out] lspHistory        8 x 10 line spectral pairs, Q15
+ * @param[in,out] logEnergyHistory  8 log energies, Q10, halved
+ * @retval zspStsNullPtrErr  speech, lsp, index, lspHistory or logEnergyHistory is null
+ * @see 3GPP TS 26.093, dtx_buffer
+ */
+ZSPSC_API ZspStatus zspsEncDTXBuffer_GSMAMR_16s(const int16_t* speech, const int16_t* lsp,
+                                                int16_t* index, int16_t* lspHistory,
+                                                int16_t* logEnergyHistory);
+
+/**
+ * As zspsEncDTXBuffer_GSMAMR_16s() for the decoder's history, whose log energies are not halved:
+ * silence is stored as -8521.
+ *
+ * @param[in]     speech            160 synthesised samples
+ * @param[in]     lsp               10 line spectral pairs, Q15
+ * @param[in,out] index             place of the newest entry, 0..7; not checked
+ * @param[in,out] lspHistory        8 x 10 line spectral pairs, Q15
+ * @param[in,out] logEnergyHistory  8 log energies, Q10 (Q11 of the halved ones)
+ * @retval zspStsNullPtrErr  speech, lsp, index, lspHistory or logEnergyHistory is null
+ * @see 3GPP TS 26.093, decoder activity update
+ */
+ZSPSC_API ZspStatus zspsDecDTXBuffer_GSMAMR_16s(const int16_t* speech, const int16_t* lsp,
+                                                int16_t* index, int16_t* lspHistory,
+                                                int16_t* logEnergyHistory);
+
 /* ---------------------------------------------------------------------------------------------- */
 /* AMR-WB voice activity detection                                                                */
 

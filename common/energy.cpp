@@ -1,0 +1,41 @@
+// Energy of a vector of words with a saturating accumulator.
+//
+//   sat32(2 * x[0]^2 + 2 * x[1]^2 + ...)
+//
+// No term is negative, so saturating after every step and saturating once at the end are the same.
+
+#include "energy.hpp"
+
+#include "avx2.hpp"
+
+#include <algorithm>
+
+namespace zsp::common {
+
+fx::Long energyScalar(In16 x) noexcept
+{
+    fx::Long sum = 0;
+    for (const fx::Word w : x)
+        sum = fx::l_mac(sum, w, w);
+    return sum;
+}
+
+// The sums of two squares that vpmaddwd gives are at most 2^31: unsigned 32-bit numbers, which are
+// added up in 64 bits.
+fx::Long energyAvx2(In16 x) noexcept
+{
+    const __m256i lowerHalf = _mm256_set1_epi64x(0xffffffff);
+    __m256i sums = _mm256_setzero_si256();
+    std::size_t i = 0;
+    for (; i + 16 <= x.size(); i += 16) {
+        const __m256i v = avx2::load(&x[i]);
+        const __m256i pairs = _mm256_madd_epi16(v, v);
+        sums = _mm256_add_epi64(sums, _mm256_and_si256(pairs, lowerHalf));
+        sums = _mm256_add_epi64(sums, _mm256_srli_epi64(pairs, 32));
+    }
+    const std::int64_t sum = avx2::sum64(sums);
+    const fx::Long tail = energyScalar(x.subspan(i));
+    return static_cast<fx::Long>(std::min<std::int64_t>(2 * sum + tail, fx::kMax32));
+}
+
+} // namespace zsp::common
