@@ -43,11 +43,11 @@ void placeRecord(void* buffer, const T& record) noexcept
 /// The slack that a family reports when its record starts at a 16-byte boundary.
 inline constexpr std::int32_t kStateSlack = 16;
 
-/// The first 16-byte boundary at or after an address.
-inline void* alignUp16(void* address) noexcept
+/// The first multiple of `boundary`, a power of two, at or after an address.
+inline void* alignUp(void* address, std::size_t boundary) noexcept
 {
     const auto bits = reinterpret_cast<std::uintptr_t>(address);
-    return static_cast<std::byte*>(address) + ((16 - (bits & 15)) & 15);
+    return static_cast<std::byte*>(address) + ((boundary - bits) & (boundary - 1));
 }
 
 /// The record at the first 16-byte boundary of the caller's buffer.
@@ -55,7 +55,7 @@ template <typename T>
 T* alignedState(void* buffer) noexcept
 {
     static_assert(alignof(T) <= 16 && std::is_trivially_copyable_v<T>);
-    return static_cast<T*>(alignUp16(buffer));
+    return static_cast<T*>(alignUp(buffer, 16));
 }
 
 } // namespace zsp

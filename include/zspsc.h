@@ -306,6 +306,91 @@ ZSPSC_API ZspStatus zspsDecDTXBuffer_GSMAMR_16s(const int16_t* speech, const int
 /* ---------------------------------------------------------------------------------------------- */
 /* Echo cancellation: sub-band filter bank                                                        */
 
+/*
+ * A weighted overlap-add filter bank with fftLen = 2^order equally spaced bands, of which the bins
+ * 0 .. fftLen/2 are kept. A frame brings frameSize new samples (the hop).
+ *
+ * The caller asks for the sizes, provides a state per signal and direction, and initialises it. A
+ * state holds pointers into itself: it must not be moved or copied. It starts at the first 16-byte
+ * boundary of the buffer given, for which the reported size has room; so does the work buffer, whose
+ * content need not be kept between calls and which many states may share. Initialising again
+ * restarts; for the first windowLen / frameSize frames the output is settling.
+ */
+
+/**
+ * Sizes of the buffers of the float filter bank, in bytes.
+ *
+ * @param      order        log2 of the transform length; up to 27 as far as the sizes fit 32 bits
+ * @param      windowLen    taps of the prototype window, a multiple of 2^order
+ * @param[out] stateSize    one value: the state
+ * @param[out] initBufSize  one value: the buffer that the initialisation needs; 0 for no buffer
+ * @param[out] workBufSize  one value: the buffer that analysis and synthesis need
+ * @retval zspStsBadArgErr   order < 1 or windowLen < 1
+ * @retval zspStsNullPtrErr  stateSize, initBufSize or workBufSize is null
+ * @retval zspStsBadArgErr   windowLen is not a multiple of 2^order, or a size does not fit 32 bits
+ */
+ZSPSC_API ZspStatus zspsSubbandProcessGetSize_32f(int32_t order, int32_t windowLen,
+                                                  int32_t* stateSize, int32_t* initBufSize,
+                                                  int32_t* workBufSize);
+
+/**
+ * Initialise a state of the float filter bank for analysis or for synthesis.
+ *
+ * Built-in windows, both symmetric low-pass prototypes, exist for two shapes of order, frameSize and
+ * windowLen: (5, 24, 128) and (6, 44, 256).
+ *
+ * @param[out] state      at least stateSize bytes of zspsSubbandProcessGetSize_32f()
+ * @param      order      log2 of the transform length, at least 1
+ * @param      frameSize  samples a frame, 1 to 2^order
+ * @param      windowLen  taps of the window, a multiple of 2^order
+ * @param[in]  window     windowLen taps, which the state copies; null for a built-in window
+ * @param      initBuf    at least initBufSize bytes; may be null when that is 0
+ * @retval zspStsBadArgErr    order < 1, frameSize not in 1 .. 2^order or windowLen < 1
+ * @retval zspStsNullPtrErr   state is null
+ * @retval zspStsBadArgErr    windowLen is not a multiple of 2^order
+ * @retval zspStsBadArgErr    window is null and the shape has no built-in window
+ * @retval zspStsInternalErr  order > 27: there is no transform of this length
+ */
+ZSPSC_API ZspStatus zspsSubbandProcessInit_32f(void* state, int32_t order, int32_t frameSize,
+                                               int32_t windowLen, const float* window,
+                                               void* initBuf);
+
+/**
+ * Split one frame into frequency bins.
+ *
+ *   fold[i] = sum over m of x[i + m fftLen] window[i + m fftLen]      i = 0 .. fftLen-1
+ *   dst[k]  = sum over i of fold[i] e^(-2 pi j i k / fftLen)          k = 0 .. fftLen/2
+ *
+ * x are the newest windowLen samples, oldest first. Each fold is a product and then fused
+ * multiply-adds with increasing m. Bins 0 and fftLen/2 have imaginary parts of exactly zero.
+ *
+ * @param[in]     src      frameSize samples
+ * @param[out]    dst      fftLen/2 + 1 bins
+ * @param[in,out] state    initialised by zspsSubbandProcessInit_32f()
+ * @param         workBuf  at least workBufSize bytes
+ * @retval zspStsNullPtrErr  src, dst, state or workBuf is null
+ */
+ZSPSC_API ZspStatus zspsSubbandAnalysis_32f32fc(const float* src, Zsp32fc* dst, void* state,
+                                                void* workBuf);
+
+/**
+ * Join the bins of one frame to samples.
+ *
+ *   acc[i] = acc[i + frameSize], 0 at the end; then acc[i] += t[i mod fftLen] window[windowLen-1-i]
+ *
+ * t is the inverse transform of the bins, divided by fftLen; the sums are fused multiply-adds. The
+ * first frameSize values of acc are the output. The imaginary parts of bins 0 and fftLen/2 are
+ * ignored.
+ *
+ * @param[in]     src      fftLen/2 + 1 bins
+ * @param[out]    dst      frameSize samples
+ * @param[in,out] state    initialised by zspsSubbandProcessInit_32f(), not used for analysis
+ * @param         workBuf  at least workBufSize bytes
+ * @retval zspStsNullPtrErr  src, dst, state or workBuf is null
+ */
+ZSPSC_API ZspStatus zspsSubbandSynthesis_32fc32f(const Zsp32fc* src, float* dst, void* state,
+                                                 void* workBuf);
+
 /* ---------------------------------------------------------------------------------------------- */
 /* Echo cancellation: sub-band controller                                                         */
 
