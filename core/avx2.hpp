@@ -58,6 +58,15 @@ inline std::int32_t sum32(__m256i v) noexcept
     return _mm_cvtsi128_si32(s);
 }
 
+/// The smallest of the eight 32-bit lanes.
+inline std::int32_t min32(__m256i v) noexcept
+{
+    __m128i s = _mm_min_epi32(_mm256_castsi256_si128(v), _mm256_extracti128_si256(v, 1));
+    s = _mm_min_epi32(s, _mm_shuffle_epi32(s, 0x4e)); // swap the 64-bit halves
+    s = _mm_min_epi32(s, _mm_shuffle_epi32(s, 0xb1)); // swap neighbours
+    return _mm_cvtsi128_si32(s);
+}
+
 /// Sum of the four 64-bit lanes, wrapping.
 inline std::int64_t sum64(__m256i v) noexcept
 {
