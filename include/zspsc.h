@@ -241,7 +241,50 @@ ZSPSC_API ZspStatus zspsDecode_G726_8u16s(void* state, const uint8_t* src, int16
 
 /* In the encoder's order: the open-loop pitch search, the detector, the handler with the detector's
  * flag; every frame goes into the encoder's buffer. The records are the caller's: plain data that
- * may be copied, at any address. Frames are 160 samples of 8 kHz linear PCM, 20 ms. */
+ * may be copied, at any address. Frames are 160 samples of 8 kHz linear PCM, 20 ms.
+ *
+ * Words of flags hold those of the last 15 frames, the newest in 0x4000, the oldest in 1. */
+
+/** State of zspsVAD1_GSMAMR_16s(), 116 bytes. Before the first frame the caller sets old_level,
+ *  ave_level and bckr_est to 150 in every band, corr_hp_fast to 13106 and all else to 0. Bands
+ *  begin at 0, 250, 500, 750, 1000, 1500, 2000, 2500 and 3000 Hz. */
+typedef struct Vad1State {
+    int16_t sub_level[9];       /**< level of the last fifth of the previous frame */
+    int16_t old_level[9];       /**< level of the previous frame */
+    int16_t ave_level[9];       /**< averaged level, for the stationarity estimate */
+    int16_t bckr_est[9];        /**< noise estimate */
+    int16_t a_data5[3][2];      /**< memories of the 5th-order half-band splits */
+    int16_t a_data3[5];         /**< memories of the 3rd-order half-band splits */
+    int16_t burst_count;        /**< length of the speech burst, frames */
+    int16_t hang_count;         /**< frames left of the hangover */
+    int16_t stat_count;         /**< stationarity counter, 20 down to 0 */
+    int16_t vadreg;             /**< flags: the bands stood out from the noise */
+    int16_t complex_high;       /**< flags: corr_hp_fast above 0.6 */
+    int16_t complex_low;        /**< flags: corr_hp_fast above 0.5 */
+    int16_t complex_hang_timer; /**< frames in a row with corr_hp_fast at 0.7 and above */
+    int16_t complex_hang_count; /**< frames left of the hangover of complex signals */
+    int16_t complex_warning;    /**< 1 when the background may be a complex signal */
+    int16_t corr_hp_fast;       /**< smoothed high-pass correlation, Q15 */
+    int16_t pitch;              /**< flags: stable pitch; written by the caller */
+} Vad1State;
+
+/**
+ * Voice activity detector, option 1, one frame.
+ *
+ * Before the call the caller's pitch analysis shifts state->pitch and the tone flags right by one
+ * and sets 0x4000 in them when it found a stable pitch and a tone.
+ *
+ * @param[in]     src         200 samples: the 160 from src[40] on go through the filter bank, the
+ *                            power is that of the first 160
+ * @param[in,out] state       the detector's record
+ * @param[out]    vadFlag     1 for speech, otherwise 0
+ * @param         tone        word of tone flags; only the lower 16 bits are used
+ * @param         bestCorrHp  normalised high-pass correlation of the open-loop pitch search, Q15
+ * @retval zspStsNullPtrErr  src, state or vadFlag is null
+ * @see 3GPP TS 26.094, option 1
+ */
+ZSPSC_API ZspStatus zspsVAD1_GSMAMR_16s(const int16_t* src, Vad1State* state, int16_t* vadFlag,
+                                        int32_t tone, int16_t bestCorrHp);
 
 /**
  * One frame of the transmit side's DTX handler: may this frame be comfort noise?
@@ -299,6 +342,74 @@ ZSPSC_API ZspStatus zspsDecDTXBuffer_GSMAMR_16s(const int16_t* speech, const int
 
 /* ---------------------------------------------------------------------------------------------- */
 /* AMR-WB voice activity detection                                                                */
+
+/* The record is the caller's: plain data that may be copied, at any address. Init makes it ready
+ * for the first frame; the word of tone flags is kept outside of it. */
+
+/** State of zspsVAD_AMRWB_16s(), 172 bytes. Bands begin at 0, 200, 400, 600, 800, 1200, 1600, 2000,
+ *  2400, 3200, 4000 and 4800 Hz. */
+typedef struct VadWbState {
+    int16_t bckr_est[12];  /**< noise estimate */
+    int16_t ave_level[12]; /**< averaged level, for the stationarity estimate */
+    int16_t old_level[12]; /**< level of the previous frame */
+    int16_t sub_level[12]; /**< level of the last three quarters of the previous frame */
+    int16_t a_data5[5][2]; /**< memories of the 5th-order half-band splits */
+    int16_t a_data3[6];    /**< memories of the 3rd-order half-band splits */
+    int16_t burst_count;   /**< length of the speech burst, frames */
+    int16_t hang_count;    /**< frames left of the hangover */
+    int16_t stat_count;    /**< stationarity counter, 20 down to 0 */
+    int16_t vadreg;       /**< 15 flags, the newest in 0x4000: the bands stood out from the noise */
+    int16_t sp_est_cnt;   /**< frames of the running estimate of the speech level */
+    int16_t sp_max;       /**< loudest active frame of that estimate */
+    int16_t sp_max_cnt;   /**< active frames of that estimate */
+    int16_t speech_level; /**< estimated speech level */
+    int32_t prev_pow_sum; /**< twice the sum of squares of the previous frame */
+    int16_t energy_level[12]; /**< band levels of the last frame */
+} VadWbState;
+
+/**
+ * Size of the detector's record.
+ *
+ * @param[out] size  172
+ * @retval zspStsNullPtrErr  size is null
+ */
+ZSPSC_API ZspStatus zspsVADGetSize_AMRWB_16s(int32_t* size);
+
+/**
+ * Makes the record ready for the first frame: bckr_est, ave_level and old_level 150 in every band,
+ * speech_level 2050, all else 0. Only stat_count stays as it is: a caller who wants a defined start
+ * zeroes the record first.
+ *
+ * @param[in,out] state  the detector's record
+ * @retval zspStsNullPtrErr  state is null
+ */
+ZSPSC_API ZspStatus zspsVADInit_AMRWB_16s(VadWbState* state);
+
+/**
+ * Voice activity detector, one frame.
+ *
+ * Before the call the caller's pitch analysis shifts the tone flags right by one and sets 0x4000
+ * when it found a tone. When the power of this frame and the last one is low, the two newest flags
+ * are cleared, and the sign.
+ *
+ * @param[in]     frame    256 samples of the 12.8 kHz core signal, 20 ms
+ * @param[in,out] state    the detector's record
+ * @param[in,out] tone     word of 15 tone flags, the newest in 0x4000
+ * @param[out]    vadFlag  1 for speech, otherwise 0
+ * @retval zspStsNullPtrErr  frame, state, tone or vadFlag is null
+ * @see 3GPP TS 26.194
+ */
+ZSPSC_API ZspStatus zspsVAD_AMRWB_16s(const int16_t* frame, VadWbState* state, int16_t* tone,
+                                      int16_t* vadFlag);
+
+/**
+ * The band levels of the last frame.
+ *
+ * @param[in]  state   the detector's record
+ * @param[out] levels  12 levels, from the lowest band up
+ * @retval zspStsNullPtrErr  state or levels is null
+ */
+ZSPSC_API ZspStatus zspsVADGetEnergyLevel_AMRWB_16s(const VadWbState* state, int16_t* levels);
 
 /* ---------------------------------------------------------------------------------------------- */
 /* AMR-WB immittance spectral frequencies                                                         */
