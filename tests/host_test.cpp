@@ -1,0 +1,432 @@
+// Drives the built zsp over good and bad input, in a directory of its own per test.
+
+#include "zspsc.h"
+
+#include "support/samples.hpp"
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace zsp::test {
+
+namespace {
+
+namespace fs = std::filesystem;
+using Bytes = std::vector<std::uint8_t>;
+using Words = std::vector<std::int16_t>;
+
+struct Outcome {
+    int status = 0;
+    std::string text; // standard output and error
+};
+
+Outcome shell(const std::string& command)
+{
+    Outcome outcome;
+    FILE* pipe = popen(("exec 2>&1; " + command).c_str(), "r");
+    for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe))
+        outcome.text += static_cast<char>(c);
+    const int status = pclose(pipe);
+    outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    return outcome;
+}
+
+void append(Bytes& bytes, std::uint32_t value, int count)
+{
+    for (int i = 0; i < count; ++i)
+        bytes.push_back(static_cast<std::uint8_t>(value >> 8 * i));
+}
+
+Bytes littleEndian(const Words& words)
+{
+    Bytes bytes;
+    for (const std::int16_t word : words)
+        append(bytes, static_cast<std::uint16_t>(word), 2);
+    return bytes;
+}
+
+/// A WAV file of 16-bit samples. `promised` is what its header says about the bytes of samples.
+Bytes wavFile(const Words& samples, std::uint32_t rate, std::uint32_t channels,
+              std::uint32_t promised)
+{
+    Bytes file = {'R', 'I', 'F', 'F'};
+    append(file, 36 + promised, 4);
+    for (const char c : std::string("WAVEfmt "))
+        file.push_back(static_cast<std::uint8_t>(c));
+    append(file, 16, 4);
+    append(file, 1, 2);
+    append(file, channels, 2);
+    append(file, rate, 4);
+    append(file, rate * channels * 2, 4);
+    append(file, channels * 2, 2);
+    append(file, 16, 2);
+    for (const char c : std::string("data"))
+        file.push_back(static_cast<std::uint8_t>(c));
+    append(file, promised, 4);
+    const Bytes data = littleEndian(samples);
+    file.insert(file.end(), data.begin(), data.end());
+    return file;
+}
+
+Bytes wavFile(const Words& samples, std::uint32_t rate = 8000, std::uint32_t channels = 1)
+{
+    return wavFile(samples, rate, channels, static_cast<std::uint32_t>(2 * samples.size()));
+}
+
+struct Rate {
+    int kbit, code, bits;
+};
+constexpr std::array<Rate, 4> kRates = {{{16, 17, 2}, {24, 22, 3}, {32, 23, 4}, {40, 24, 5}}};
+
+Bytes libraryCodes(const Words& samples, const Rate& rate)
+{
+    Words uniform;
+    for (const std::int16_t x : samples)
+        uniform.push_back(static_cast<std::int16_t>(x >> 2));
+    Bytes state(88), codes(samples.size());
+    EXPECT_EQ(zspsEncodeInit_G726_16s8u(state.data(), rate.code), zspStsNoErr);
+    EXPECT_EQ(zspsEncode_G726_16s8u(state.data(), uniform.data(), codes.data(),
+                                    static_cast<std::int32_t>(codes.size())),
+              zspStsNoErr);
+    return codes;
+}
+
+Words libraryOutput(const Bytes& codes, const Rate& rate, int law)
+{
+    Bytes state(92);
+    Words out(codes.size());
+    EXPECT_EQ(zspsDecodeInit_G726_8u16s(state.data(), rate.code, law), zspStsNoErr);
+    EXPECT_EQ(zspsDecode_G726_8u16s(state.data(), codes.data(), out.data(),
+                                    static_cast<std::int32_t>(codes.size())),
+              zspStsNoErr);
+    return out;
+}
+
+/// Bit by bit: code word after code word, bits upwards or downwards, into bytes the same way.
+Bytes packed(const Bytes& codes, int bits, bool lowFirst)
+{
+    Bytes bytes((codes.size() * static_cast<std::size_t>(bits) + 7) / 8);
+    std::size_t position = 0;
+    for (const std::uint8_t code : codes)
+        for (int i = 0; i < bits; ++i, ++position) {
+            const int from = lowFirst ? i : bits - 1 - i;
+            const auto at = static_cast<int>(position % 8);
+            if (code >> from & 1)
+                bytes[position / 8] |= static_cast<std::uint8_t>(1 << (lowFirst ? at : 7 - at));
+        }
+    return bytes;
+}
+
+/// Noise that swells, so that codes of all sizes occur.
+Words someSignal(std::size_t count)
+{
+    Samples samples(7);
+    Words signal(count);
+    for (std::size_t i = 0; i < count; ++i)
+        signal[i] = static_cast<std::int16_t>(samples.uniform(-30000, 30000) *
+                                              static_cast<std::int64_t>(i % 4000) / 4000);
+    return signal;
+}
+
+class Host : public testing::Test {
+  protected:
+    void SetUp() override
+    {
+        std::string name = (fs::temp_directory_path() / "zsp-host-test-XXXXXX").string();
+        ASSERT_NE(mkdtemp(name.data()), nullptr);
+        directory_ = name;
+    }
+    void TearDown() override { fs::remove_all(directory_); }
+
+    [[nodiscard]] std::string path(const std::string& name) const { return directory_ / name; }
+
+    void put(const std::string& name, const Bytes& bytes) const
+    {
+        std::ofstream(path(name), std::ios::binary)
+            .write(reinterpret_cast<const char*>(bytes.data()),
+                   static_cast<std::streamsize>(bytes.size()));
+    }
+
+    [[nodiscard]] Bytes get(const std::string& name) const
+    {
+        std::ifstream file(path(name), std::ios::binary);
+        EXPECT_TRUE(file) << name;
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    /// Runs zsp in the test's directory; `arguments` may pipe and redirect.
+    [[nodiscard]] Outcome zsp(const std::string& arguments) const
+    {
+        return shell("cd " + directory_.string() + " && " ZSP_PROGRAM " " + arguments);
+    }
+
+    [[nodiscard]] std::vector<std::string> files() const
+    {
+        std::vector<std::string> names;
+        for (const auto& entry : fs::directory_iterator(directory_))
+            names.push_back(entry.path().filename());
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    fs::path directory_;
+};
+
+TEST_F(Host, G726FilesHoldWhatTheLibraryComputes)
+{
+    const Words signal = someSignal(20003); // not a whole number of blocks or packed groups
+    put("in.wav", wavFile(signal));
+    for (const Rate& rate : kRates) {
+        const Bytes codes = libraryCodes(signal, rate);
+        const std::string options = " -r " + std::to_string(rate.kbit) + " -p ";
+        const std::pair<const char*, Bytes> packings[] = {
+            {"none", codes},
+            {"rfc3551", packed(codes, rate.bits, true)},
+            {"aal2", packed(codes, rate.bits, false)}};
+        for (const auto& [packing, bytes] : packings) {
+            SCOPED_TRACE(options + packing);
+            EXPECT_EQ(zsp("g726 encode" + options + packing + " in.wav codes").text, "");
+            EXPECT_EQ(get("codes"), bytes);
+            EXPECT_EQ(zsp("g726 decode" + options + packing + " codes out.raw").text, "");
+            Words wanted = libraryOutput(codes, rate, 2);
+            for (std::int16_t& x : wanted)
+                x = static_cast<std::int16_t>(x * 4);
+            Bytes got = get("out.raw");
+            // At 16 kbit/s the filling of the last byte cannot be told from code words.
+            if (rate.kbit == 16) {
+                EXPECT_LE(got.size(), 2 * signal.size() + 6);
+                got.resize(2 * signal.size());
+            }
+            EXPECT_EQ(got, littleEndian(wanted));
+        }
+    }
+}
+
+TEST_F(Host, G726LawsInEveryContainer)
+{
+    const Rate& rate = kRates[2];
+    const Bytes codes = libraryCodes(someSignal(9000), rate);
+    put("codes", codes);
+    const std::pair<const char*, int> laws[] = {{"mu", 0}, {"a", 1}};
+    for (const auto& [law, lawCode] : laws) {
+        Bytes wanted;
+        for (const std::int16_t word : libraryOutput(codes, rate, lawCode))
+            wanted.push_back(static_cast<std::uint8_t>(word));
+        const std::string decode = std::string("g726 decode -p none -l ") + law + " codes ";
+        ASSERT_EQ(zsp(decode + "out.raw").text, "");
+        EXPECT_EQ(get("out.raw"), wanted);
+        // Whatever the container, encoding it again gives the same code words.
+        for (const char* name : {"out.wav", "out.au"}) {
+            SCOPED_TRACE(std::string(law) + " " + name);
+            ASSERT_EQ(zsp(decode + name).text, "");
+            const Bytes file = get(name);
+            EXPECT_NE(std::search(file.begin(), file.end(), wanted.begin(), wanted.end()),
+                      file.end());
+            const std::string encode = std::string("g726 encode -p none -l ") + law;
+            ASSERT_EQ(zsp(encode + " " + name + " again").text, "");
+            ASSERT_EQ(zsp(encode + " out.raw again.raw").text, "");
+            EXPECT_EQ(get("again"), get("again.raw"));
+            const Outcome wrong = zsp("g726 encode -l linear " + std::string(name) + " no");
+            EXPECT_EQ(wrong.status, 1);
+            EXPECT_NE(wrong.text.find("law samples, not 16-bit linear"), std::string::npos);
+        }
+    }
+}
+
+TEST_F(Host, G726ThroughPipes)
+{
+    const Words signal = someSignal(30000);
+    put("in.wav", wavFile(signal));
+    ASSERT_EQ(zsp("g726 encode in.wav codes && " ZSP_PROGRAM " g726 decode codes out.au").text, "");
+    ASSERT_EQ(zsp("g726 encode - - <in.wav | cat >codes.piped").text, "");
+    EXPECT_EQ(get("codes.piped"), get("codes"));
+    ASSERT_EQ(zsp("g726 decode - - <codes | cat >out.piped").text, "");
+    const Bytes piped = get("out.piped"), whole = get("out.au");
+    ASSERT_EQ(piped.size(), whole.size());
+    EXPECT_TRUE(std::equal(piped.begin() + 24, piped.end(), whole.begin() + 24));
+    // A pipe's AU header leaves the length open, and is understood again.
+    ASSERT_EQ(zsp("g726 encode - again <out.piped").text, "");
+    ASSERT_EQ(zsp("g726 encode out.au again.file").text, "");
+    EXPECT_EQ(get("again"), get("again.file"));
+}
+
+TEST_F(Host, FailuresAreToldAndLeaveNothingBehind)
+{
+    const Words signal = someSignal(20000);
+    put("good.wav", wavFile(signal));
+    put("empty", {});
+    put("short.wav", wavFile(signal, 8000, 1, 50000));
+    put("odd.wav", wavFile(signal, 8000, 1, 39999));
+    put("none.wav", wavFile({}));
+    put("rate.wav", wavFile(signal, 16000));
+    put("stereo.wav", wavFile(signal, 8000, 2));
+    put("odd.raw", Bytes(4001, 1));
+    put("noise", Bytes(3000, 0x5a));
+    Bytes head = wavFile(signal);
+    head.resize(30);
+    put("head.wav", head);
+    Bytes garbled = wavFile(signal);
+    std::fill(garbled.begin() + 12, garbled.begin() + 40, std::uint8_t{0xff});
+    put("garbled.wav", garbled);
+    put("kept", {1, 2, 3});
+    fs::create_directory(path("directory"));
+    const std::vector<std::string> before = files();
+
+    struct Row {
+        const char* arguments;
+        int status;
+        const char* message;
+    };
+    const Row rows[] = {
+        {"g726 encode missing.wav out", 1, "missing.wav: No such file or directory"},
+        {"g726 encode directory out", 1, "directory: Is a directory"},
+        {"g726 encode empty out", 1, "empty: is empty"},
+        {"g726 encode none.wav out", 1, "none.wav: holds no samples"},
+        {"g726 encode short.wav out", 1, "the header promises 50000 bytes"},
+        {"g726 encode short.wav kept", 1, "short.wav: truncated"},
+        {"g726 encode - out <short.wav", 1, "truncated"},
+        {"g726 encode - kept <short.wav", 1, "truncated"},
+        {"cat short.wav | " ZSP_PROGRAM " g726 encode - kept", 1, "truncated"},
+        {"g726 encode odd.wav out", 1, "not a whole number of frames"},
+        {"g726 encode odd.raw out", 1, "odd number of bytes"},
+        {"g726 encode -f raw - out <odd.raw", 1, "odd number of bytes"},
+        {"cat odd.raw | " ZSP_PROGRAM " g726 encode -f raw - out", 1, "odd number of bytes"},
+        {"g726 encode head.wav out", 1, "head.wav: "},
+        {"g726 encode garbled.wav out", 1, "garbled.wav: "},
+        {"g726 encode noise out", 1, "noise: "},
+        {"g726 encode -f au good.wav out", 1, "good.wav: is not an AU file"},
+        {"g726 encode rate.wav out", 1, "sampled at 16000 Hz"},
+        {"g726 encode stereo.wav out", 1, "has 2 channels"},
+        {"g726 encode good.wav nowhere/out", 1, "nowhere/out: No such file or directory"},
+        {"g726 encode good.wav directory", 1, "directory: Is a directory"},
+        {"g726 encode good.wav /dev/full", 1, "/dev/full: No space left on device"},
+        {"g726 encode good.wav - >/dev/full", 1, "No space left on device"},
+        {"g726 decode good.wav -f au /dev/full", 1, "/dev/full: No space left on device"},
+        {"g726 decode empty out.wav", 1, "empty: is empty"},
+        {"g726 decode - out.wav </dev/null", 1, "is empty"},
+        {"g726 decode -p none noise out.wav", 1, "byte 0 is 0x5a, no code word of 4 bits"},
+        {"g726 decode noise /dev/full", 1, "/dev/full: No space left on device"},
+        {"g726 decode -f wav noise /dev/null", 2, "cannot be completed on a pipe"},
+        {"g726 encode -r 33 good.wav out", 2, "33"},
+        {"g726 encode -p zip good.wav out", 2, "zip"},
+        {"g726 encode good.wav", 2, "output"},
+        {"g726", 2, "subcommand"},
+        {"", 2, "subcommand"},
+        {"sing", 2, "no command named sing"},
+        {"demo missing.wav -o out", 1, "missing.wav: No such file"},
+        {"demo -o kept", 1, "kept: "},
+        {"info >/dev/full", 1, "No space left on device"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.arguments);
+        const std::string arguments = row.arguments;
+        const Outcome outcome = arguments.starts_with("cat ")
+                                    ? shell("cd " + directory_.string() + " && " + arguments)
+                                    : zsp(arguments);
+        EXPECT_EQ(outcome.status, row.status) << outcome.text;
+        EXPECT_NE(outcome.text.find(row.message), std::string::npos) << outcome.text;
+        EXPECT_TRUE(outcome.text.starts_with("zsp: ")) << outcome.text;
+        EXPECT_EQ(files(), before);
+        EXPECT_EQ(get("kept"), Bytes({1, 2, 3}));
+    }
+}
+
+TEST_F(Host, AnInterruptLeavesNothingBehind)
+{
+    const Bytes input = wavFile(someSignal(20000), 8000, 1, 0xffff'ffff); // of unknown length
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        std::array<int, 2> pipe{};
+        ASSERT_EQ(::pipe(pipe.data()), 0);
+        const pid_t child = fork();
+        if (child == 0) {
+            dup2(pipe[0], STDIN_FILENO);
+            close(pipe[0]);
+            close(pipe[1]);
+            execl(ZSP_PROGRAM, "zsp", "g726", "encode", "-", path("out").c_str(), nullptr);
+            _exit(127);
+        }
+        ASSERT_EQ(write(pipe[1], input.data(), input.size()), static_cast<ssize_t>(input.size()));
+        // The pipe stays open: the encoder waits for more, its temporary file half written.
+        for (int i = 0; i < 500 && files().empty(); ++i)
+            usleep(10'000);
+        EXPECT_EQ(files().size(), 1u);
+        EXPECT_EQ(kill(child, signal), 0);
+        int status = 0;
+        EXPECT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == signal);
+        EXPECT_EQ(files(), std::vector<std::string>{});
+        close(pipe[0]);
+        close(pipe[1]);
+    }
+}
+
+TEST_F(Host, OutputReplacesWhatALinkNamesAndKeepsItsMode)
+{
+    put("in.wav", wavFile(someSignal(800)));
+    put("target", {1});
+    fs::permissions(path("target"), fs::perms::owner_read | fs::perms::owner_write);
+    fs::create_symlink("target", path("link"));
+    ASSERT_EQ(zsp("g726 encode in.wav link").text, "");
+    EXPECT_TRUE(fs::is_symlink(path("link")));
+    EXPECT_EQ(get("target").size(), 400u);
+    EXPECT_EQ(fs::status(path("target")).permissions(),
+              fs::perms::owner_read | fs::perms::owner_write);
+}
+
+TEST_F(Host, InfoNamesEveryExport)
+{
+    const Outcome outcome = zsp("info --exports");
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_NE(outcome.text.find("8.1.1 (r42291)"), std::string::npos);
+#define ZSP_EXPORT(name) EXPECT_NE(outcome.text.find(" " #name "\n"), std::string::npos) << #name;
+#define ZSP_EXPORT_AS(name, shared) ZSP_EXPORT(name)
+#include "../core/exports.inc"
+}
+
+#ifdef ZSP_OLD_PROCESSOR
+TEST_F(Host, SaysWhenTheProcessorIsNotEnough)
+{
+    put("in.wav", wavFile(someSignal(800)));
+    const std::string preload = "LD_PRELOAD=" ZSP_OLD_PROCESSOR " " ZSP_PROGRAM " ";
+    const Outcome info = shell(preload + "info");
+    EXPECT_EQ(info.status, 0);
+    EXPECT_NE(info.text.find("AVX2, FMA or BMI2 is missing"), std::string::npos);
+    const Outcome encode = shell(preload + "g726 encode " + path("in.wav") + " " + path("out"));
+    EXPECT_EQ(encode.status, 1);
+    EXPECT_NE(encode.text.find("this processor lacks AVX2"), std::string::npos);
+    EXPECT_EQ(files(), std::vector<std::string>{"in.wav"});
+}
+#endif
+
+TEST_F(Host, DemoOnOwnSpeechInAnotherFormat)
+{
+    put("stereo.wav", wavFile(someSignal(64000), 16000, 2));
+    const Outcome outcome = zsp("demo stereo.wav -o new/dir");
+    EXPECT_EQ(outcome.status, 0) << outcome.text;
+    for (const char* text :
+         {"mixing 2 channels", "converting 16000 Hz to 8000 Hz", "2.0 s at 8 kHz"})
+        EXPECT_NE(outcome.text.find(text), std::string::npos) << outcome.text;
+    for (const char* name : {"new/dir/g726-16.wav", "new/dir/g726-40.wav"})
+        EXPECT_EQ(get(name).size(), 44 + 2 * 16000u);
+    const Bytes report = get("new/dir/report.html");
+    const std::string html(report.begin(), report.end());
+    EXPECT_TRUE(html.starts_with("<!doctype html>"));
+    EXPECT_EQ(html.find("://"), std::string::npos) << "the report needs no network";
+    EXPECT_EQ(html.find(" nan"), std::string::npos);
+    EXPECT_EQ(html.find(">nan"), std::string::npos);
+}
+
+} // namespace
+
+} // namespace zsp::test

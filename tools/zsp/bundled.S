@@ -1,0 +1,14 @@
+/* The speech of data/, so that the program needs no files at run time. */
+    .section .rodata
+    .macro bundle name, file
+    .balign 16
+    .globl \name
+    .globl \name\()_end
+\name:
+    .incbin "\file"
+\name\()_end:
+    .endm
+
+    bundle zsp_speech_8k, speech_8k.wav
+
+    .section .note.GNU-stack,"",@progbits

@@ -1,0 +1,11 @@
+// The speech that comes with the program: telephone prompts, described in data/README.md.
+#pragma once
+
+#include "audio.hpp"
+
+namespace zsp::host {
+
+/// 24 s at 8 kHz.
+Audio bundledSpeech8k();
+
+} // namespace zsp::host

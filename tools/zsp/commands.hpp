@@ -1,0 +1,34 @@
+// The subcommands: what the command line can say to each, and the function that runs it. main.cpp
+// fills the options; a function returns when all went well and throws Failure or UsageError.
+#pragma once
+
+#include "audio.hpp"
+#include "packing.hpp"
+
+#include <optional>
+#include <string>
+
+namespace zsp::host {
+
+struct InfoOptions {
+    bool exports = false; ///< list them all
+};
+void runInfo(const InfoOptions& options);
+
+struct G726Options {
+    std::string input, output;
+    int rate = 32; ///< kbit/s
+    Packing packing = Packing::rfc3551;
+    Container container = Container::automatic; ///< of the audio side
+    std::optional<Encoding> law;                ///< of the audio side
+};
+void runG726Encode(const G726Options& options);
+void runG726Decode(const G726Options& options);
+
+struct DemoOptions {
+    std::string input; ///< empty: the bundled speech
+    std::string directory = "demo-out";
+};
+void runDemo(const DemoOptions& options);
+
+} // namespace zsp::host

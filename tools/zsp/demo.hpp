@@ -1,0 +1,19 @@
+// The parts of the demo. Each runs one family on speech, prints a table, writes WAV files into the
+// directory and adds its section to the report.
+#pragma once
+
+#include "audio.hpp"
+#include "report.hpp"
+
+#include <functional>
+#include <string>
+
+namespace zsp::host {
+
+void demoG726(const Audio& speech, const std::string& directory, Report& report);
+
+/// How many times faster than real time `work` goes through `seconds` of signal: the best of
+/// several runs, at least 0.1 s altogether.
+double timesRealTime(double seconds, const std::function<void()>& work);
+
+} // namespace zsp::host

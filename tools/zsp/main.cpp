@@ -1,0 +1,146 @@
+// The command line of zsp. Exit status: 0 when all went well, 1 when something failed, 2 when the
+// command line makes no sense.
+
+#include "commands.hpp"
+#include "failure.hpp"
+
+#include "zspcore.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <functional>
+#include <map>
+
+namespace zsp::host {
+
+namespace {
+
+/// The library computes with AVX2 throughout and would end with an illegal instruction elsewhere.
+void requireProcessor()
+{
+    constexpr std::uint64_t kNeeded = ZSP_CPU_AVX2 | ZSP_CPU_FMA | ZSP_CPU_BMI2;
+    if ((zspGetEnabledCpuFeatures() & kNeeded) != kNeeded)
+        throw Failure("this processor lacks AVX2, FMA or BMI2, which the library needs");
+}
+
+const std::map<std::string, Container> kContainers = {{"auto", Container::automatic},
+                                                      {"wav", Container::wav},
+                                                      {"au", Container::au},
+                                                      {"raw", Container::raw}};
+const std::map<std::string, Encoding> kLaws = {
+    {"linear", Encoding::linear}, {"mu", Encoding::muLaw}, {"a", Encoding::aLaw}};
+const std::map<std::string, Packing> kPackings = {
+    {"none", Packing::unpacked}, {"rfc3551", Packing::rfc3551}, {"aal2", Packing::aal2}};
+
+/// Accepts the keys of `map`; the help lists them.
+template <typename T>
+CLI::Validator oneOf(const std::map<std::string, T>& map)
+{
+    std::string names;
+    for (const auto& entry : map)
+        names += (names.empty() ? "" : "|") + entry.first;
+    CLI::Validator validator = CLI::CheckedTransformer(map, CLI::ignore_case);
+    validator.description(names);
+    return validator;
+}
+
+void addInfo(CLI::App& app)
+{
+    auto options = std::make_shared<InfoOptions>();
+    CLI::App* command = app.add_subcommand("info", "Library version, processor and exports");
+    command->add_flag("--exports", options->exports, "List the exported functions");
+    command->callback([options] { runInfo(*options); });
+}
+
+void addG726(CLI::App& app)
+{
+    CLI::App* group = app.add_subcommand("g726", "G.726 ADPCM at 16, 24, 32 or 40 kbit/s");
+    group->require_subcommand(1);
+    const auto add = [group](const char* name, const char* what, const char* law,
+                             const char* container, void (*run)(const G726Options&)) {
+        auto options = std::make_shared<G726Options>();
+        CLI::App* command = group->add_subcommand(name, what);
+        command->add_option("input", options->input, "Input file, - for standard input")
+            ->required();
+        command->add_option("output", options->output, "Output file, - for standard output")
+            ->required();
+        command->add_option("-r,--rate", options->rate, "Bit rate in kbit/s")
+            ->check(CLI::IsMember({16, 24, 32, 40}))
+            ->capture_default_str();
+        command->add_option("-l,--law", options->law, law)->transform(oneOf(kLaws));
+        command->add_option("-f,--format", options->container, container)
+            ->transform(oneOf(kContainers));
+        command
+            ->add_option("-p,--packing", options->packing,
+                         "Order of the code words in the bytes; none: one per byte "
+                         "(default: rfc3551)")
+            ->transform(oneOf(kPackings));
+        command->callback([options, run] {
+            requireProcessor();
+            run(*options);
+        });
+    };
+    add("encode", "Code an 8 kHz mono audio file",
+        "Samples of a raw input file (default: linear); a header that tells otherwise is an error",
+        "Kind of the input file (default: by its header; by name when raw)", runG726Encode);
+    add("decode", "Decode a file of G.726 code words", "Samples to write (default: linear)",
+        "Kind of the output file (default: by its name; au for standard output)", runG726Decode);
+}
+
+void addDemo(CLI::App& app)
+{
+    auto options = std::make_shared<DemoOptions>();
+    CLI::App* command = app.add_subcommand(
+        "demo", "Code bundled speech, or yours, and write what came out with a report");
+    command->add_option("input", options->input, "Speech to use instead of the bundled one");
+    command->add_option("-o,--output", options->directory, "Directory for the results")
+        ->take_last()
+        ->capture_default_str();
+    command->callback([options] {
+        requireProcessor();
+        runDemo(*options);
+    });
+}
+
+int run(int argc, char** argv)
+{
+    CLI::App app{"Speech coding and voice processing with the zspsc library.", "zsp"};
+    app.require_subcommand(1);
+    addInfo(app);
+    addG726(app);
+    addDemo(app);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& request) { // --help
+        return app.exit(request);
+    } catch (const CLI::RequiredError& error) {
+        const bool unknown = argc > 1 && app.get_subcommands().empty();
+        const std::string text =
+            unknown ? std::string("no command named ") + argv[1] : error.what();
+        std::fprintf(stderr, "zsp: %s\nTry 'zsp --help'.\n", text.c_str());
+        return 2;
+    } catch (const CLI::ParseError& error) {
+        std::fprintf(stderr, "zsp: %s\nTry 'zsp --help'.\n", error.what());
+        return 2;
+    } catch (const UsageError& error) {
+        std::fprintf(stderr, "zsp: %s\n", error.what());
+        return 2;
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "zsp: %s\n", error.what());
+        return 1;
+    }
+    if (std::fflush(stdout) != 0) {
+        std::perror("zsp: standard output");
+        return 1;
+    }
+    return 0;
+}
+
+} // namespace
+
+} // namespace zsp::host
+
+int main(int argc, char** argv)
+{
+    return zsp::host::run(argc, argv);
+}

@@ -1,0 +1,37 @@
+// A report: one HTML file with its style and pictures inside.
+#pragma once
+
+#include "chart.hpp"
+
+#include <string>
+#include <vector>
+
+namespace zsp::host {
+
+class Report {
+  public:
+    /// `summary` says in a sentence or two what was done to what.
+    Report(std::string title, std::string summary);
+
+    void section(const std::string& title, const std::string& text = "");
+    /// A figure worth showing by itself.
+    struct Tile {
+        std::string value, label;
+    };
+    void tiles(const std::vector<Tile>& tiles);
+    /// The first row is the heading; columns from the second on are aligned as numbers.
+    void table(const std::vector<std::vector<std::string>>& rows, const std::string& note = "");
+    void chart(const std::string& title, const Chart& chart, const std::string& note = "");
+    /// A player for a WAV file in the report's directory.
+    struct Player {
+        std::string file, label;
+    };
+    void players(const std::vector<Player>& players);
+
+    void write(const std::string& path) const;
+
+  private:
+    std::string title_, summary_, body_;
+};
+
+} // namespace zsp::host
