@@ -5,7 +5,7 @@ set -euo pipefail
 cd "$(dirname "$0")"
 
 . cmake/packages.sh
-install_packages "${build_packages[@]}" "${check_packages[@]}"
+install_packages "${library_packages[@]}" "${tool_packages[@]}" "${check_packages[@]}"
 
 echo "== Format"
 git ls-files '*.cpp' '*.hpp' '*.h' '*.c' | xargs clang-format --dry-run --Werror

@@ -1,7 +1,8 @@
 # What the scripts at the root need from Debian. Sourced, not run.
 
-build_packages=(g++ cmake ninja-build pkg-config)
-check_packages=(clang-format doxygen ladspa-sdk libbenchmark-dev libgtest-dev sox)
+library_packages=(g++ cmake ninja-build pkg-config)
+tool_packages=(libcli11-dev libsamplerate0-dev libsndfile1-dev zlib1g-dev)
+check_packages=(clang-format clang-tidy doxygen git ladspa-sdk libbenchmark-dev libgtest-dev sox)
 
 # Installs those of the named packages that are missing; asks for root only when there are any.
 install_packages() {
@@ -11,6 +12,10 @@ install_packages() {
             missing+=("$package")
     done
     [ "${#missing[@]}" -eq 0 ] && return
+    if ! command -v apt-get >/dev/null; then
+        echo "Not a Debian system: going on without looking for ${missing[*]}"
+        return
+    fi
     local as_root=()
     [ "$(id -u)" -eq 0 ] || as_root=(sudo)
     echo "Installing: ${missing[*]}"
