@@ -76,4 +76,68 @@ TEST(GsmAmrVad1, Vectors)
     }
 }
 
+// Any record, with any memories, levels and counters, and frames from full scale down.
+TEST(GsmAmrVad1, Avx2EqualsDefinition)
+{
+    Samples samples(21);
+    for (int round = 0; round < 2000; ++round) {
+        const Words words = samples.words(sizeof(Vad1State) / 2);
+        Vad1State want, got;
+        std::memcpy(&want, words.data(), sizeof want);
+        if (round % 4 == 0) want = resetState();
+        got = want;
+        for (int t = 0; t < 3; ++t) {
+            Words source = samples.words(200);
+            for (auto& w : source)
+                w = static_cast<std::int16_t>(w >> (round % 16));
+            const auto tone = samples.integer<std::int16_t>();
+            const auto bestCorrHp = samples.integer<std::int16_t>();
+            const auto frame = std::span(source).first<200>();
+            const bool flag = zsp::gsmamr::vad1Avx2(frame, got, tone, bestCorrHp);
+            ASSERT_EQ(flag, zsp::gsmamr::vad1Scalar(frame, want, tone, bestCorrHp));
+            expectEqual(wordsOf(got), wordsOf(want),
+                        "round " + std::to_string(round) + ", frame " + std::to_string(t));
+            if (HasFatalFailure()) return;
+        }
+    }
+}
+
+// A record that holds speech goes silent at once: low power clears every counter.
+TEST(GsmAmrVad1, SilenceClearsCounters)
+{
+    Vad1State state = resetState();
+    state.burst_count = state.hang_count = state.complex_hang_count = 3;
+    state.complex_hang_timer = 200;
+    state.complex_low = state.pitch = 0x7fff;
+    const Words silence(200);
+    std::int16_t flag = -1;
+    ASSERT_EQ(zspsVAD1_GSMAMR_16s(silence.data(), &state, &flag, 0, 32767), zspStsNoErr);
+    EXPECT_EQ(flag, 0);
+    EXPECT_EQ(state.burst_count, 0);
+    EXPECT_EQ(state.hang_count, 0);
+    EXPECT_EQ(state.complex_hang_count, 0);
+    EXPECT_EQ(state.complex_hang_timer, 0);
+    EXPECT_EQ(state.corr_hp_fast, 13106);
+    EXPECT_EQ(state.pitch, 0x3fff);
+    EXPECT_EQ(state.complex_low, 0x1fff);
+}
+
+// The power is that of samples 0..159, not of the 160 that are filtered.
+TEST(GsmAmrVad1, PowerComesBeforeTheFilteredFrame)
+{
+    struct Case {
+        std::size_t loud; // the one sample of 1000
+        std::int16_t pitch;
+    };
+    for (const Case& c : {Case{0, 0x7fff}, Case{159, 0x7fff}, Case{160, 0x3fff}}) {
+        Vad1State state = resetState();
+        state.pitch = 0x7fff;
+        Words source(200);
+        source[c.loud] = 1000;
+        std::int16_t flag = -1;
+        ASSERT_EQ(zspsVAD1_GSMAMR_16s(source.data(), &state, &flag, 0, 0), zspStsNoErr);
+        EXPECT_EQ(state.pitch, c.pitch) << "sample " << c.loud;
+    }
+}
+
 } // namespace

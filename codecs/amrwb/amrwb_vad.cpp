@@ -9,6 +9,7 @@
 #include "background.hpp"
 #include "energy.hpp"
 #include "entries.hpp"
+#include "half_band_bank_avx2.hpp"
 #include "state.hpp"
 
 #include <algorithm>
@@ -65,6 +66,11 @@ constexpr fx::Word kAlphaSpeech_Q15 = 4915;
 struct ScalarKernels {
     static constexpr auto energy = common::energyScalar;
     static constexpr auto filterBank = vad::filterBankScalar<kVadBank, VadWbState>;
+};
+
+struct Avx2Kernels {
+    static constexpr auto energy = common::energyAvx2;
+    static constexpr auto filterBank = vad::filterBankAvx2<kVadBank, VadWbState>;
 };
 
 /// -log2(x / 2^31) in Q10, 31744 for 1 and less. The normalised mantissa to its 16th power moves
@@ -193,6 +199,11 @@ bool vadScalar(VadFrame frame, VadWbState& state, fx::Word& tone) noexcept
     return detect<ScalarKernels>(frame, state, tone);
 }
 
+bool vadAvx2(VadFrame frame, VadWbState& state, fx::Word& tone) noexcept
+{
+    return detect<Avx2Kernels>(frame, state, tone);
+}
+
 } // namespace zsp::amrwb
 
 namespace zsp::entry {
@@ -220,7 +231,7 @@ ZspStatus zspsVAD_AMRWB_16s(const std::int16_t* frame, VadWbState* state, std::i
     if (!frame || !state || !tone || !vadFlag) return zspStsNullPtrErr;
 
     InPlace<VadWbState> record(state);
-    *vadFlag = amrwb::vadScalar(spanOf<amrwb::kVadFrame>(frame), *record, *tone);
+    *vadFlag = amrwb::vadAvx2(spanOf<amrwb::kVadFrame>(frame), *record, *tone);
     return zspStsNoErr;
 }
 

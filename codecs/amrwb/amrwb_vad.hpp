@@ -43,4 +43,7 @@ void vadInit(VadWbState& state) noexcept;
 /// The definition of the whole detector, one frame. Masks the tone flags on low power.
 bool vadScalar(VadFrame frame, VadWbState& state, fx::Word& tone) noexcept;
 
+/// Equal to vadScalar in every result.
+bool vadAvx2(VadFrame frame, VadWbState& state, fx::Word& tone) noexcept;
+
 } // namespace zsp::amrwb

@@ -8,6 +8,7 @@
 #include "background.hpp"
 #include "energy.hpp"
 #include "entries.hpp"
+#include "half_band_bank_avx2.hpp"
 #include "state.hpp"
 
 #include <algorithm>
@@ -60,6 +61,11 @@ constexpr HangoverLengths kHighNoise = {4, 7}; // BURST_LEN_HIGH_NOISE, HANG_LEN
 struct ScalarKernels {
     static constexpr auto energy = common::energyScalar;
     static constexpr auto filterBank = vad::filterBankScalar<kVad1Bank, Vad1State>;
+};
+
+struct Avx2Kernels {
+    static constexpr auto energy = common::energyAvx2;
+    static constexpr auto filterBank = vad::filterBankAvx2<kVad1Bank, Vad1State>;
 };
 
 /// Shifts a word of flags by one and enters the newest.
@@ -169,6 +175,11 @@ bool vad1Scalar(Vad1Source source, Vad1State& state, fx::Word tone,
     return detect<ScalarKernels>(source, state, tone, bestCorrHp_Q15);
 }
 
+bool vad1Avx2(Vad1Source source, Vad1State& state, fx::Word tone, fx::Word bestCorrHp_Q15) noexcept
+{
+    return detect<Avx2Kernels>(source, state, tone, bestCorrHp_Q15);
+}
+
 } // namespace zsp::gsmamr
 
 namespace zsp::entry {
@@ -179,8 +190,8 @@ ZspStatus zspsVAD1_GSMAMR_16s(const std::int16_t* src, Vad1State* state, std::in
     if (!src || !state || !vadFlag) return zspStsNullPtrErr;
 
     InPlace<Vad1State> record(state);
-    *vadFlag = gsmamr::vad1Scalar(spanOf<gsmamr::kVad1Source>(src), *record,
-                                  static_cast<std::int16_t>(tone), bestCorrHp);
+    *vadFlag = gsmamr::vad1Avx2(spanOf<gsmamr::kVad1Source>(src), *record,
+                                static_cast<std::int16_t>(tone), bestCorrHp);
     return zspStsNoErr;
 }
 

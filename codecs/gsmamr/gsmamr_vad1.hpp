@@ -38,4 +38,7 @@ inline constexpr vad::Bank<4, kVad1Bands> kVad1Bank = {
 bool vad1Scalar(Vad1Source source, Vad1State& state, fx::Word tone,
                 fx::Word bestCorrHp_Q15) noexcept;
 
+/// Equal to vad1Scalar in every result.
+bool vad1Avx2(Vad1Source source, Vad1State& state, fx::Word tone, fx::Word bestCorrHp_Q15) noexcept;
+
 } // namespace zsp::gsmamr
