@@ -7,7 +7,7 @@
 #include "g726_adpcm.hpp"
 
 #include "entries.hpp"
-#include "g711.hpp"
+#include "g726_law.hpp"
 #include "g726_tables.hpp"
 #include "state.hpp"
 
@@ -192,19 +192,13 @@ int update(CoderState& s, const RateTables& rate, int code, Estimate estimate, i
 /// would not give the received code word.
 int tandem(const RateTables& rate, Law law, int code, int sr, int se, int y) noexcept
 {
-    const bool mulaw = law == Law::mulaw;
-    // -32768 is a word without magnitude: the negative zero of both laws.
-    const int linear = sr == -32768 ? -1 : std::clamp(4 * sr - (mulaw && sr < 0), -32768, 32767);
-    const int sp = mulaw ? g711::compressMulaw(linear) : g711::compressAlaw(linear);
-    const int slx = (mulaw ? g711::expandMulaw(sp) : g711::expandAlaw(sp)) >> 2;
-
+    const int sp = compress(law, sr);
+    const int dx = wrap16(expand(law, sp) - se);
     // In the order of the values the sign bit counts upside down.
     const int half = 1 << (rate.bits - 1);
     const int im = code ^ half;
-    const int id = quan(rate, wrap16(slx - se), y) ^ half;
-    if (id < im) return mulaw ? g711::nextLargerMulaw(sp) : g711::nextLargerAlaw(sp);
-    if (id > im) return mulaw ? g711::nextSmallerMulaw(sp) : g711::nextSmallerAlaw(sp);
-    return sp;
+    const int id = quan(rate, dx, y) ^ half;
+    return id < im ? nextLarger(law, sp) : id > im ? nextSmaller(law, sp) : sp;
 }
 
 } // namespace
@@ -302,7 +296,7 @@ ZspStatus zspsEncode_G726_16s8u(void* state, const std::int16_t* src, std::uint8
 
     const auto n = static_cast<std::size_t>(len);
     InPlace<g726::EncoderState> record(state);
-    g726::encodeScalar(record->coder, {src, n}, {dst, n});
+    g726::encodeAvx2(record->coder, {src, n}, {dst, n});
     return zspStsNoErr;
 }
 
@@ -315,7 +309,7 @@ ZspStatus zspsDecode_G726_8u16s(void* state, const std::uint8_t* src, std::int16
 
     const auto n = static_cast<std::size_t>(len);
     InPlace<g726::DecoderState> record(state);
-    g726::decodeScalar(record->coder, record->law, {src, n}, {dst, n});
+    g726::decodeAvx2(record->coder, record->law, {src, n}, {dst, n});
     return zspStsNoErr;
 }
 

@@ -56,4 +56,8 @@ void encodeScalar(CoderState& state, In16 sl, Out8 code) noexcept;
 /// The definition: one sample per code word, in the law's format. `out` is as long as `code`.
 void decodeScalar(CoderState& state, Law law, In8 code, Out16 out) noexcept;
 
+/// Equal to encodeScalar and decodeScalar in every result and in the state.
+void encodeAvx2(CoderState& state, In16 sl, Out8 code) noexcept;
+void decodeAvx2(CoderState& state, Law law, In8 code, Out16 out) noexcept;
+
 } // namespace zsp::g726

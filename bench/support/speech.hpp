@@ -1,0 +1,45 @@
+// Speech for benchmarks of coders, whose speed depends on what they code.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <fstream>
+#include <ios>
+#include <span>
+#include <vector>
+
+namespace zsp::bench {
+
+/// A recording at 8 kHz, 14-bit uniform PCM; empty when the file is not there.
+inline std::vector<std::int16_t> speech()
+{
+    std::ifstream file(ZSPSC_VECTOR_DIR "/g726/voice.sl", std::ios::binary | std::ios::ate);
+    if (!file) return {};
+    std::vector<std::int16_t> samples(static_cast<std::size_t>(file.tellg()) / 2);
+    file.seekg(0);
+    file.read(reinterpret_cast<char*>(samples.data()),
+              static_cast<std::streamsize>(samples.size() * 2));
+    return samples;
+}
+
+/// Walks through a signal in blocks, again and again.
+template <typename T>
+class Blocks {
+  public:
+    Blocks(std::vector<T> signal, std::size_t block) : signal_(std::move(signal)), block_(block) {}
+
+    std::span<const T> next()
+    {
+        if (position_ + block_ > signal_.size()) position_ = 0;
+        const std::span<const T> block(&signal_[position_], block_);
+        position_ += block_;
+        return block;
+    }
+
+  private:
+    std::vector<T> signal_;
+    std::size_t block_;
+    std::size_t position_ = 0;
+};
+
+} // namespace zsp::bench
