@@ -225,4 +225,65 @@ TEST(G722, ModesShareTheState)
         EXPECT_EQ(m3, decode(codes, mode)) << mode;
 }
 
+// From any state that a decoder can reach or a state update can set, and with both kinds of input.
+TEST(G722, Avx2EqualsDefinition)
+{
+    using namespace zsp::g722;
+    Samples samples(14);
+    const auto bytes = [](const State& s) {
+        const auto* words = reinterpret_cast<const std::int16_t*>(&s);
+        return Words(words, words + sizeof(State) / 2);
+    };
+    State want, got;
+    for (int round = 0; round < 600; ++round) {
+        SCOPED_TRACE(round);
+        const std::size_t len = 2 * static_cast<std::size_t>(1 + samples.below(200));
+        Words input = samples.words(len);
+        if (round % 3 == 0) // loud low tones drive the predictors to their limits
+            for (std::size_t i = 0; i < len; ++i)
+                input[i] = (i / static_cast<std::size_t>(2 + round % 40)) % 2 ? 32767 : -32768;
+        Words wanted(len), output(len);
+        if (round % 2 == 0) {
+            encodeScalar(input, wanted, want);
+            encodeAvx2(input, output, got);
+        } else {
+            const int mode = samples.below(4);
+            decodeScalar(input, wanted, mode, want);
+            decodeAvx2(input, output, mode, got);
+        }
+        expectEqual(output, wanted, "output");
+        expectEqual(bytes(got), bytes(want), "state");
+        if (samples.below(8) == 0) {
+            const Words low = samples.words(2);
+            const auto x = samples.integer<std::int16_t>();
+            const bool reset = samples.below(2) == 0;
+            for (State* s : {&want, &got})
+                updateState(*s, std::span<const std::int16_t, 2>{low.data(), 2}, x, reset);
+        }
+    }
+}
+
+TEST(G722, QmfAvx2EqualsDefinition)
+{
+    using namespace zsp::g722;
+    Samples samples(15);
+    for (const auto& [scalar, avx2] :
+         {std::pair{&analyseScalar, &analyseAvx2}, {&synthesiseScalar, &synthesiseAvx2}}) {
+        std::array<std::int16_t, 24> want{}, got{};
+        for (const std::size_t len : {2u, 4u, 14u, 16u, 18u, 40u, 160u, 254u, 256u, 258u, 1030u}) {
+            for (int round = 0; round < 30; ++round) {
+                Words input = samples.words(len);
+                if (round % 3 == 0) // full scale, also with the signs of the taps
+                    for (auto& x : input)
+                        x = samples.below(2) ? 32767 : -32768;
+                Words wanted(len), output(len);
+                scalar(input, wanted, want);
+                avx2(input, output, got);
+                expectEqual(output, wanted, "length " + std::to_string(len));
+                expectEqual(got, want, "line, length " + std::to_string(len));
+            }
+        }
+    }
+}
+
 } // namespace

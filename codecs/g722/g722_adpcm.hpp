@@ -47,6 +47,10 @@ void encodeScalar(In16 pairs, Out16 codes, State& state) noexcept;
 /// The definition: codes (I_L, I_H) to pairs (rL, rH). Mode 1 is 64 kbit/s, 2 is 56, any other 48.
 void decodeScalar(In16 codes, Out16 pairs, int mode, State& state) noexcept;
 
+/// Equal to the definitions in every result.
+void encodeAvx2(In16 pairs, Out16 codes, State& state) noexcept;
+void decodeAvx2(In16 codes, Out16 pairs, int mode, State& state) noexcept;
+
 /// Sets a decoder's memories to what a concealment has put out: the lower band's last two values
 /// (the older first) and its next estimate. False when the higher band's scale factor has no linear
 /// value; all else has been done then.

@@ -19,4 +19,8 @@ void analyseScalar(In16 samples, Out16 pairs, DelayLine line) noexcept;
 /// The definition of the receive filter: pairs (rL, rH) to samples.
 void synthesiseScalar(In16 pairs, Out16 samples, DelayLine line) noexcept;
 
+/// Equal to the definitions in every result.
+void analyseAvx2(In16 samples, Out16 pairs, DelayLine line) noexcept;
+void synthesiseAvx2(In16 pairs, Out16 samples, DelayLine line) noexcept;
+
 } // namespace zsp::g722
