@@ -1,145 +1,192 @@
-// Sub-band filter bank, float family.
+// Sub-band filter bank.
 //
-//   analysis    fold[i] = sum of x[i + m N] w[i + m N] over m, then the real FFT of fold
-//   synthesis   acc[i] += t[i mod N] w[L-1-i] with the inverse FFT t, then the first hop leaves
+//   analysis    the newest L samples, windowed and folded onto N points, and their real FFT
+//   synthesis   the inverse FFT, overlap-added with the reversed window into L accumulators, of
+//               which the first hop leaves
 //
-// x holds the newest L samples, oldest first; N is the transform's length and divides L. The work
-// buffer holds the folded block, then the transform's own area.
+// One set-up serves both families. The work buffer holds the block of N values that stands between
+// window and transform, then the transform's own area.
 
-#include "subband_bank.hpp"
-
-#include "avx2.hpp"
 #include "bulk.hpp"
 #include "entries.hpp"
+#include "real_fft.hpp"
+#include "real_fft_16s.hpp"
 #include "state.hpp"
+#include "subband_fold.hpp"
 #include "subband_windows.hpp"
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <cstring>
+#include <limits>
+#include <type_traits>
 
 namespace zsp::ec {
 
-void foldScalar(InF delay, InF window, OutF fold) noexcept
-{
-    const std::size_t n = fold.size();
-    for (std::size_t i = 0; i < n; ++i)
-        fold[i] = delay[i] * window[i];
-    for (std::size_t i = n; i < window.size(); ++i)
-        fold[i % n] = std::fma(delay[i], window[i], fold[i % n]);
-}
-
-void foldAvx2(InF delay, InF window, OutF fold) noexcept
-{
-    const std::size_t n = fold.size();
-    if (n < 8) return foldScalar(delay, window, fold);
-    for (std::size_t j = 0; j < n; j += 8) {
-        __m256 sum = _mm256_mul_ps(avx2::load(&delay[j]), avx2::load(&window[j]));
-        for (std::size_t i = j + n; i < window.size(); i += n)
-            sum = _mm256_fmadd_ps(avx2::load(&delay[i]), avx2::load(&window[i]), sum);
-        avx2::store(&fold[j], sum);
-    }
-}
-
-void overlapAddScalar(InF time, InF window, OutF delay) noexcept
-{
-    const std::size_t n = time.size(), last = window.size() - 1;
-    for (std::size_t i = 0; i < delay.size(); ++i)
-        delay[i] = std::fma(time[i % n], window[last - i], delay[i]);
-}
-
-void overlapAddAvx2(InF time, InF window, OutF delay) noexcept
-{
-    const std::size_t n = time.size(), len = window.size();
-    if (n < 8) return overlapAddScalar(time, window, delay);
-    const __m256i reverse = _mm256_setr_epi32(7, 6, 5, 4, 3, 2, 1, 0);
-    for (std::size_t i = 0; i < len; i += 8) {
-        const __m256 taps = _mm256_permutevar8x32_ps(avx2::load(&window[len - 8 - i]), reverse);
-        avx2::store(&delay[i],
-                    _mm256_fmadd_ps(avx2::load(&time[i & (n - 1)]), taps, avx2::load(&delay[i])));
-    }
-}
-
 namespace {
 
-/// The folded block at the first 64-byte boundary of the caller's work buffer; the transform's area
-/// comes after it.
-struct Work {
-    Work(void* buffer, std::size_t n) noexcept
-        : block(static_cast<float*>(alignUp(buffer, common::kFftAlignment))),
-          fft(static_cast<float*>(alignUp(block + n, common::kFftAlignment)))
-    {
-    }
+/// Window and delay line stand behind the record, then the transform's plan.
+struct State32f {
+    using Sample = float;
 
-    float* block;
-    float* fft;
+    std::int32_t windowLen;
+    std::int32_t fftLen;
+    std::int32_t frameSize;
+    float* delayLine; // the newest windowLen samples, or the accumulators
+    float* window;
+    const common::RealFftPlan* fft;
 };
 
-BankSizes bankSizes(std::int32_t order, std::int32_t windowLen) noexcept
+struct State16s {
+    using Sample = std::int16_t;
+
+    std::int16_t* delayLine;
+    std::int16_t* window; // Q13
+    const common::RealFftPlan* fft;
+    std::int32_t windowLen;
+    std::int32_t fftLen;
+    std::int32_t frameSize;
+};
+static_assert(sizeof(State32f) == 40 && sizeof(State16s) == 40);
+
+struct Sizes {
+    std::int64_t state;
+    std::int64_t initBuffer;
+    std::int64_t workBuffer;
+};
+
+constexpr std::int64_t roundUp16(std::int64_t bytes) noexcept
 {
-    const std::int64_t n = std::int64_t{1} << order;
-    // 56 is the record and its alignment; the areas' alignment is in the plan's size. 16 is that of
-    // the folded block; the rest of its alignment is in the transform's work size.
-    return {.state = common::realFftPlanSize(order) + 8 * std::int64_t{windowLen} + 56,
-            .initBuffer = 0,
-            .workBuffer = common::realFftWorkSize(order) + 4 * n + 16};
+    return (bytes + 15) & ~std::int64_t{15};
 }
 
-bool isBuiltIn(std::int32_t order, std::int32_t frameSize, std::int32_t windowLen) noexcept
+// Record, alignment of the state and of the work buffer to 16 bytes, and the areas. The plan's and
+// the transform's sizes have room for the alignment to 64 bytes that the areas get in fact.
+
+Sizes sizesOf(const State32f*, std::int32_t order, std::int64_t windowLen) noexcept
+{
+    return {.state = common::realFftPlanSize(order) + 8 * windowLen + 40 + 16,
+            .initBuffer = 0,
+            .workBuffer = common::realFftWorkSize(order) + (std::int64_t{4} << order) + 16};
+}
+
+Sizes sizesOf(const State16s*, std::int32_t order, std::int64_t windowLen) noexcept
+{
+    return {
+        .state = roundUp16(common::realFftPlanSize(order)) + 2 * roundUp16(2 * windowLen) + 48 + 16,
+        .initBuffer = 0,
+        .workBuffer = common::realFft16sWorkSize(order) + roundUp16(std::int64_t{4} << order) + 16};
+}
+
+const float* builtInWindow(const State32f*, std::int32_t order) noexcept
+{
+    return order == 5 ? kWindow128.data() : kWindow256.data();
+}
+
+const std::int16_t* builtInWindow(const State16s*, std::int32_t order) noexcept
+{
+    return order == 5 ? kWindow128_Q13.data() : kWindow256_Q13.data();
+}
+
+/// Whether a window consists of whole transform lengths; for any order above 0.
+constexpr bool isWholeBlocks(std::int32_t windowLen, std::int32_t order) noexcept
+{
+    return order < 31 && windowLen % (std::int32_t{1} << order) == 0;
+}
+
+constexpr bool isBuiltIn(std::int32_t order, std::int32_t frameSize,
+                         std::int32_t windowLen) noexcept
 {
     return (order == 5 && frameSize == 24 && windowLen == 128) ||
            (order == 6 && frameSize == 44 && windowLen == 256);
 }
 
-void initState(void* state, std::int32_t order, std::int32_t frameSize, std::int32_t windowLen,
-               const float* window) noexcept
+template <typename State>
+ZspStatus getSize(std::int32_t order, std::int32_t windowLen, std::int32_t* stateSize,
+                  std::int32_t* initBufSize, std::int32_t* workBufSize) noexcept
 {
+    constexpr std::int64_t kMax = std::numeric_limits<std::int32_t>::max();
+    if (order < 1 || windowLen < 1) return zspStsBadArgErr;
+    if (!stateSize || !initBufSize || !workBufSize) return zspStsNullPtrErr;
+    if (!isWholeBlocks(windowLen, order)) return zspStsBadArgErr;
+    const Sizes sizes = sizesOf(static_cast<State*>(nullptr), order, windowLen);
+    if (sizes.state > kMax || sizes.workBuffer > kMax) return zspStsBadArgErr;
+
+    *stateSize = static_cast<std::int32_t>(sizes.state);
+    *initBufSize = static_cast<std::int32_t>(sizes.initBuffer);
+    *workBufSize = static_cast<std::int32_t>(sizes.workBuffer);
+    return zspStsNoErr;
+}
+
+template <typename State>
+ZspStatus init(void* state, std::int32_t order, std::int32_t frameSize, std::int32_t windowLen,
+               const typename State::Sample* window) noexcept
+{
+    using Sample = typename State::Sample;
+    if (order < 1 || frameSize < 1 || windowLen < 1) return zspStsBadArgErr;
+    if (order < 31 && frameSize > std::int32_t{1} << order) return zspStsBadArgErr;
+    if (!state) return zspStsNullPtrErr;
+    if (!isWholeBlocks(windowLen, order)) return zspStsBadArgErr;
+    if (!window && !isBuiltIn(order, frameSize, windowLen)) return zspStsBadArgErr;
+    if (order > common::kMaxFftOrder) return zspStsInternalErr;
+
     const auto len = static_cast<std::size_t>(windowLen);
-    auto* s = alignedState<SubbandState32f>(state);
-    auto* taps = static_cast<float*>(alignUp(s + 1, common::kFftAlignment));
-    float* delayLine = taps + len;
-    *s = {.windowLen = windowLen,
-          .fftLen = std::int32_t{1} << order,
-          .frameSize = frameSize,
-          .delayLine = delayLine,
-          .window = taps,
-          .fft = common::initRealFft(delayLine + len, order)};
-    if (!window) window = order == 5 ? kWindow128.data() : kWindow256.data();
-    copy(std::as_bytes(InF{window, len}), std::as_writable_bytes(OutF{taps, len}));
-    zeroFill(std::as_writable_bytes(OutF{delayLine, len}));
+    auto* s = alignedState<State>(state);
+    s->windowLen = windowLen;
+    s->fftLen = std::int32_t{1} << order;
+    s->frameSize = frameSize;
+    s->window = static_cast<Sample*>(alignUp(s + 1, common::kFftAlignment));
+    s->delayLine = static_cast<Sample*>(alignUp(s->window + len, 16));
+    s->fft = common::initRealFft(s->delayLine + len, order);
+    if (!window) window = builtInWindow(s, order);
+    copy(std::as_bytes(std::span{window, len}), std::as_writable_bytes(std::span{s->window, len}));
+    zeroFill(std::as_writable_bytes(std::span{s->delayLine, len}));
+    return zspStsNoErr;
 }
 
-/// Drops the oldest samples of a delay line to make room at its end.
-void shift(OutF delay, std::size_t count) noexcept
-{
-    std::memmove(delay.data(), &delay[count], (delay.size() - count) * sizeof(float));
-}
+/// A state's arrays and the parts of the caller's work buffer.
+template <typename State>
+struct Frame {
+    using Sample = typename State::Sample;
 
-void analyse(const SubbandState32f& s, InF src, common::OutBins dst, void* workBuf) noexcept
-{
-    const auto len = static_cast<std::size_t>(s.windowLen);
-    const auto n = static_cast<std::size_t>(s.fftLen);
-    const OutF delay{s.delayLine, len};
-    const Work work(workBuf, n);
-    shift(delay, src.size());
-    std::copy(src.begin(), src.end(), delay.last(src.size()).begin());
-    foldAvx2(delay, {s.window, len}, {work.block, n});
-    common::realFftForward(*s.fft, {work.block, n}, dst, work.fft);
-}
+    Frame(void* state, void* workBuf) noexcept : Frame(*alignedState<State>(state), workBuf) {}
 
-void synthesise(const SubbandState32f& s, common::InBins src, OutF dst, void* workBuf) noexcept
-{
-    const auto len = static_cast<std::size_t>(s.windowLen);
-    const auto n = static_cast<std::size_t>(s.fftLen);
-    const OutF delay{s.delayLine, len};
-    const Work work(workBuf, n);
-    common::realFftInverse(*s.fft, src, {work.block, n}, work.fft);
-    shift(delay, dst.size());
-    std::fill(delay.end() - s.frameSize, delay.end(), 0.0F);
-    overlapAddAvx2({work.block, n}, {s.window, len}, delay);
-    std::copy_n(delay.begin(), dst.size(), dst.begin());
-}
+    Frame(const State& s, void* workBuf) noexcept
+        : hop(static_cast<std::size_t>(s.frameSize)), n(static_cast<std::size_t>(s.fftLen)),
+          delay(s.delayLine, static_cast<std::size_t>(s.windowLen)), window(s.window, delay.size()),
+          block(static_cast<Sample*>(alignUp(workBuf, common::kFftAlignment)), n), fft(*s.fft),
+          work(static_cast<float*>(alignUp(block.data() + n, common::kFftAlignment)))
+    {
+    }
+
+    /// Lets the oldest samples go, to make room for a frame at the end.
+    std::span<Sample> shift() const noexcept
+    {
+        const std::size_t kept = delay.size() - hop;
+        std::memmove(delay.data(), delay.data() + hop, kept * sizeof(Sample));
+        return delay.last(hop);
+    }
+
+    void analyse(const Sample* src) const noexcept
+    {
+        std::copy_n(src, hop, shift().begin());
+        foldAvx2(delay, window, block);
+    }
+
+    void synthesise(Sample* dst) const noexcept
+    {
+        std::ranges::fill(shift(), Sample{0});
+        overlapAddAvx2(block, window, delay);
+        std::copy_n(delay.begin(), hop, dst);
+    }
+
+    std::size_t hop, n;
+    std::span<Sample> delay;
+    std::span<const Sample> window;
+    std::span<Sample> block;
+    const common::RealFftPlan& fft;
+    float* work;
+};
 
 } // namespace
 
@@ -151,40 +198,48 @@ ZspStatus zspsSubbandProcessGetSize_32f(std::int32_t order, std::int32_t windowL
                                         std::int32_t* stateSize, std::int32_t* initBufSize,
                                         std::int32_t* workBufSize)
 {
-    if (order < 1 || windowLen < 1) return zspStsBadArgErr;
-    if (!stateSize || !initBufSize || !workBufSize) return zspStsNullPtrErr;
-    if (!ec::isWholeBlocks(windowLen, order)) return zspStsBadArgErr;
-    const ec::BankSizes sizes = ec::bankSizes(order, windowLen);
-    if (!sizes.fit()) return zspStsBadArgErr;
+    return ec::getSize<ec::State32f>(order, windowLen, stateSize, initBufSize, workBufSize);
+}
 
-    *stateSize = static_cast<std::int32_t>(sizes.state);
-    *initBufSize = static_cast<std::int32_t>(sizes.initBuffer);
-    *workBufSize = static_cast<std::int32_t>(sizes.workBuffer);
-    return zspStsNoErr;
+ZspStatus zspsSubbandProcessGetSize_16s(std::int32_t order, std::int32_t windowLen,
+                                        std::int32_t* stateSize, std::int32_t* initBufSize,
+                                        std::int32_t* workBufSize)
+{
+    return ec::getSize<ec::State16s>(order, windowLen, stateSize, initBufSize, workBufSize);
 }
 
 ZspStatus zspsSubbandProcessInit_32f(void* state, std::int32_t order, std::int32_t frameSize,
-                                     std::int32_t windowLen, const float* window,
-                                     [[maybe_unused]] void* initBuf)
+                                     std::int32_t windowLen, const float* window, void* /*initBuf*/)
 {
-    if (order < 1 || frameSize < 1 || windowLen < 1) return zspStsBadArgErr;
-    if (order < 31 && frameSize > std::int32_t{1} << order) return zspStsBadArgErr;
-    if (!state) return zspStsNullPtrErr;
-    if (!ec::isWholeBlocks(windowLen, order)) return zspStsBadArgErr;
-    if (!window && !ec::isBuiltIn(order, frameSize, windowLen)) return zspStsBadArgErr;
-    if (order > common::kMaxFftOrder) return zspStsInternalErr;
+    return ec::init<ec::State32f>(state, order, frameSize, windowLen, window);
+}
 
-    ec::initState(state, order, frameSize, windowLen, window);
-    return zspStsNoErr;
+ZspStatus zspsSubbandProcessInit_16s(void* state, std::int32_t order, std::int32_t frameSize,
+                                     std::int32_t windowLen, const std::int16_t* window,
+                                     void* /*initBuf*/)
+{
+    return ec::init<ec::State16s>(state, order, frameSize, windowLen, window);
 }
 
 ZspStatus zspsSubbandAnalysis_32f32fc(const float* src, Zsp32fc* dst, void* state, void* workBuf)
 {
     if (!src || !dst || !state || !workBuf) return zspStsNullPtrErr;
 
-    const auto& s = *alignedState<ec::SubbandState32f>(state);
-    const auto n = static_cast<std::size_t>(s.fftLen);
-    ec::analyse(s, {src, static_cast<std::size_t>(s.frameSize)}, {dst, n / 2 + 1}, workBuf);
+    const ec::Frame<ec::State32f> frame(state, workBuf);
+    frame.analyse(src);
+    common::realFftForward(frame.fft, frame.block, {dst, frame.n / 2 + 1}, frame.work);
+    return zspStsNoErr;
+}
+
+ZspStatus zspsSubbandAnalysis_16s32sc_Sfs(const std::int16_t* src, Zsp32sc* dst, void* state,
+                                          std::int32_t scaleFactor, void* workBuf)
+{
+    if (!src || !dst || !state || !workBuf) return zspStsNullPtrErr;
+
+    const ec::Frame<ec::State16s> frame(state, workBuf);
+    frame.analyse(src);
+    common::realFftForward16s(frame.fft, frame.block, {dst, frame.n / 2 + 1}, scaleFactor,
+                              frame.work);
     return zspStsNoErr;
 }
 
@@ -192,9 +247,21 @@ ZspStatus zspsSubbandSynthesis_32fc32f(const Zsp32fc* src, float* dst, void* sta
 {
     if (!src || !dst || !state || !workBuf) return zspStsNullPtrErr;
 
-    const auto& s = *alignedState<ec::SubbandState32f>(state);
-    const auto n = static_cast<std::size_t>(s.fftLen);
-    ec::synthesise(s, {src, n / 2 + 1}, {dst, static_cast<std::size_t>(s.frameSize)}, workBuf);
+    const ec::Frame<ec::State32f> frame(state, workBuf);
+    common::realFftInverse(frame.fft, {src, frame.n / 2 + 1}, frame.block, frame.work);
+    frame.synthesise(dst);
+    return zspStsNoErr;
+}
+
+ZspStatus zspsSubbandSynthesis_32sc16s_Sfs(const Zsp32sc* src, std::int16_t* dst, void* state,
+                                           std::int32_t scaleFactor, void* workBuf)
+{
+    if (!src || !dst || !state || !workBuf) return zspStsNullPtrErr;
+
+    const ec::Frame<ec::State16s> frame(state, workBuf);
+    common::realFftInverse16s(frame.fft, {src, frame.n / 2 + 1}, frame.block, scaleFactor,
+                              frame.work);
+    frame.synthesise(dst);
     return zspStsNoErr;
 }
 

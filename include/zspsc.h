@@ -690,6 +690,85 @@ ZSPSC_API ZspStatus zspsSubbandAnalysis_32f32fc(const float* src, Zsp32fc* dst, 
 ZSPSC_API ZspStatus zspsSubbandSynthesis_32fc32f(const Zsp32fc* src, float* dst, void* state,
                                                  void* workBuf);
 
+/**
+ * As zspsSubbandProcessGetSize_32f(), for the 16-bit filter bank.
+ *
+ * @param      order        log2 of the transform length; up to 27 as far as the sizes fit 32 bits
+ * @param      windowLen    taps of the prototype window, a multiple of 2^order
+ * @param[out] stateSize    one value: the state
+ * @param[out] initBufSize  one value: the buffer that the initialisation needs; 0 for no buffer
+ * @param[out] workBufSize  one value: the buffer that analysis and synthesis need
+ * @retval zspStsBadArgErr   order < 1 or windowLen < 1
+ * @retval zspStsNullPtrErr  stateSize, initBufSize or workBufSize is null
+ * @retval zspStsBadArgErr   windowLen is not a multiple of 2^order, or a size does not fit 32 bits
+ */
+ZSPSC_API ZspStatus zspsSubbandProcessGetSize_16s(int32_t order, int32_t windowLen,
+                                                  int32_t* stateSize, int32_t* initBufSize,
+                                                  int32_t* workBufSize);
+
+/**
+ * As zspsSubbandProcessInit_32f(), for the 16-bit filter bank. The built-in windows are the float
+ * ones times 8192, truncated towards zero.
+ *
+ * @param[out] state      at least stateSize bytes of zspsSubbandProcessGetSize_16s()
+ * @param      order      log2 of the transform length, at least 1
+ * @param      frameSize  samples a frame, 1 to 2^order
+ * @param      windowLen  taps of the window, a multiple of 2^order
+ * @param[in]  window     windowLen taps in Q13, which the state copies; null for a built-in window
+ * @param      initBuf    at least initBufSize bytes; may be null when that is 0
+ * @retval zspStsBadArgErr    order < 1, frameSize not in 1 .. 2^order or windowLen < 1
+ * @retval zspStsNullPtrErr   state is null
+ * @retval zspStsBadArgErr    windowLen is not a multiple of 2^order
+ * @retval zspStsBadArgErr    window is null and the shape has no built-in window
+ * @retval zspStsInternalErr  order > 27: there is no transform of this length
+ */
+ZSPSC_API ZspStatus zspsSubbandProcessInit_16s(void* state, int32_t order, int32_t frameSize,
+                                               int32_t windowLen, const int16_t* window,
+                                               void* initBuf);
+
+/**
+ * Split one frame of 16-bit samples into frequency bins.
+ *
+ *   p[i]    = (x[i] window[i] + 4096) >> 13                            i = 0 .. windowLen-1
+ *   fold[i] = sat16(... sat16(sat16(p[i]) + p[i + fftLen]) + ...)      i = 0 .. fftLen-1
+ *   dst[k]  = sat32(2^-scaleFactor sum over i of fold[i] e^(-2 pi j i k / fftLen))
+ *
+ * The fold is exact; a product p is a 32-bit value, and each sum saturates. The transform is off by
+ * at most 0.5 + (0.5 + 2^-20 S) 2^-scaleFactor, S the sum of all |fold[i]|; halves round up. Bins 0
+ * and fftLen/2 have imaginary parts of zero.
+ *
+ * @param[in]     src          frameSize samples
+ * @param[out]    dst          fftLen/2 + 1 bins
+ * @param[in,out] state        initialised by zspsSubbandProcessInit_16s()
+ * @param         scaleFactor  any; negative values scale up
+ * @param         workBuf      at least workBufSize bytes
+ * @retval zspStsNullPtrErr  src, dst, state or workBuf is null
+ */
+ZSPSC_API ZspStatus zspsSubbandAnalysis_16s32sc_Sfs(const int16_t* src, Zsp32sc* dst, void* state,
+                                                    int32_t scaleFactor, void* workBuf);
+
+/**
+ * Join the bins of one frame to 16-bit samples.
+ *
+ * The inverse transform, divided by fftLen and times 2^-scaleFactor, is rounded to t, where halves
+ * round up and results saturate to 16 bits; then, with the shift of zspsSubbandSynthesis_32fc32f(),
+ *
+ *   acc[i] = sat16(acc[i] + ((t[i mod fftLen] window[windowLen-1-i] + 4096) >> 13))
+ *
+ * The first frameSize values of acc are the output. The imaginary parts of bins 0 and fftLen/2 are
+ * ignored. The inverse transform has the error bound of the forward one, S the sum of all bins'
+ * magnitudes over fftLen.
+ *
+ * @param[in]     src          fftLen/2 + 1 bins
+ * @param[out]    dst          frameSize samples
+ * @param[in,out] state        initialised by zspsSubbandProcessInit_16s(), not used for analysis
+ * @param         scaleFactor  any; negative values scale up
+ * @param         workBuf      at least workBufSize bytes
+ * @retval zspStsNullPtrErr  src, dst, state or workBuf is null
+ */
+ZSPSC_API ZspStatus zspsSubbandSynthesis_32sc16s_Sfs(const Zsp32sc* src, int16_t* dst, void* state,
+                                                     int32_t scaleFactor, void* workBuf);
+
 /* ---------------------------------------------------------------------------------------------- */
 /* Echo cancellation: sub-band controller                                                         */
 
