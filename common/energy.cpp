@@ -8,8 +8,6 @@
 
 #include "avx2.hpp"
 
-#include <algorithm>
-
 namespace zsp::common {
 
 fx::Long energyScalar(In16 x) noexcept
@@ -22,7 +20,7 @@ fx::Long energyScalar(In16 x) noexcept
 
 // The sums of two squares that vpmaddwd gives are at most 2^31: unsigned 32-bit numbers, which are
 // added up in 64 bits.
-fx::Long energyAvx2(In16 x) noexcept
+std::int64_t squareSumAvx2(In16 x) noexcept
 {
     const __m256i lowerHalf = _mm256_set1_epi64x(0xffffffff);
     __m256i sums = _mm256_setzero_si256();
@@ -33,9 +31,15 @@ fx::Long energyAvx2(In16 x) noexcept
         sums = _mm256_add_epi64(sums, _mm256_and_si256(pairs, lowerHalf));
         sums = _mm256_add_epi64(sums, _mm256_srli_epi64(pairs, 32));
     }
-    const std::int64_t sum = avx2::sum64(sums);
-    const fx::Long tail = energyScalar(x.subspan(i));
-    return static_cast<fx::Long>(std::min<std::int64_t>(2 * sum + tail, fx::kMax32));
+    std::int64_t tail = 0;
+    for (const fx::Word w : x.subspan(i))
+        tail += w * w;
+    return avx2::sum64(sums) + tail;
+}
+
+fx::Long energyAvx2(In16 x) noexcept
+{
+    return fx::sat32(2 * squareSumAvx2(x));
 }
 
 } // namespace zsp::common

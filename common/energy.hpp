@@ -11,4 +11,7 @@ fx::Long energyScalar(In16 x) noexcept;
 /// Equal to energyScalar in every result.
 fx::Long energyAvx2(In16 x) noexcept;
 
+/// The sum of squares itself, exact.
+std::int64_t squareSumAvx2(In16 x) noexcept;
+
 } // namespace zsp::common

@@ -74,4 +74,13 @@ inline std::int64_t sum64(__m256i v) noexcept
     return _mm_cvtsi128_si64(_mm_add_epi64(s, _mm_unpackhi_epi64(s, s)));
 }
 
+/// Largest of the eight signed 32-bit lanes.
+inline std::int32_t max32(__m256i v) noexcept
+{
+    __m128i m = _mm_max_epi32(_mm256_castsi256_si128(v), _mm256_extracti128_si256(v, 1));
+    m = _mm_max_epi32(m, _mm_shuffle_epi32(m, 0x4e)); // swap the 64-bit halves
+    m = _mm_max_epi32(m, _mm_shuffle_epi32(m, 0xb1)); // swap neighbours
+    return _mm_cvtsi128_si32(m);
+}
+
 } // namespace zsp::avx2
