@@ -49,6 +49,20 @@ inline void store8(std::int16_t* p, __m128i v) noexcept
     _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v);
 }
 
+/// Sixteen words from two times eight 32-bit lanes, saturated, in order.
+inline __m256i packInOrder(__m256i lower, __m256i upper) noexcept
+{
+    return _mm256_permute4x64_epi64(_mm256_packs_epi32(lower, upper), 0xd8);
+}
+
+/// Two neighbouring words of a table for each lane of `index`, the first in the lower half; `bytes`
+/// is the distance that an index counts.
+template <int bytes>
+__m256i gatherPairs(const std::int16_t* table, __m256i index) noexcept
+{
+    return _mm256_i32gather_epi32(reinterpret_cast<const int*>(table), index, bytes);
+}
+
 /// Sum of the eight 32-bit lanes, wrapping.
 inline std::int32_t sum32(__m256i v) noexcept
 {

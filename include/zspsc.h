@@ -675,6 +675,77 @@ ZSPSC_API ZspStatus zspsDecDTXBuffer_GSMAMR_16s(const int16_t* speech, const int
                                                 int16_t* index, int16_t* lspHistory,
                                                 int16_t* logEnergyHistory);
 
+/**
+ * State of the voice activity detector, option 2. All zero before the first frame.
+ *
+ * Levels and SNRs in dB are Q8. Channel energies are Q9, or Q4 in scaling state 1; the channels are
+ * 250 Hz wide at first (125 to 375 Hz) and up to 500 Hz at the top (3500 to 4000 Hz).
+ */
+typedef struct Vad2State {
+    int32_t ch_enrg[16];         /**< smoothed channel energies */
+    int32_t ch_noise[16];        /**< channel noise estimates, Q9 */
+    int16_t ch_enrg_long_db[16]; /**< long-term channel energies, dB */
+    int16_t pre_emp_mem;         /**< last sample, normalised, for the pre-emphasis */
+    int16_t update_cnt;          /**< half-frames that counted towards a forced noise update */
+    int16_t last_update_cnt;     /**< update_cnt of the half-frame before */
+    int16_t hyster_cnt;          /**< half-frames without change of update_cnt */
+    int16_t last_normb_shift;    /**< block shift of the half-frame before */
+    int16_t shift_state;         /**< energy-scaling state, 0 or 1 */
+    int16_t fupdate_flag;        /**< 1 when the last noise update was forced */
+    int16_t tsnr;                /**< long-term peak SNR, dB */
+    int16_t hangover;            /**< half-frames left of the hangover */
+    int16_t burstcount;          /**< length of the current burst in half-frames */
+    int16_t negSNRvar;           /**< variance of negative SNRs, Q8 */
+    int16_t negSNRbias;          /**< what it adds to the threshold of the voice metric */
+    int32_t frame_cnt;           /**< half-frames since the reset, stops at 2^31 - 1 */
+} Vad2State;
+
+/**
+ * Voice activity detection, option 2: sixteen FFT channels, voice metric and noise update.
+ *
+ * The frame's two half-frames of 80 samples are both run; the flag is 1 when either is speech.
+ *
+ * @param[in]     src      160 samples
+ * @param[in,out] state    the detector's state
+ * @param[out]    vadFlag  1 for speech, otherwise 0
+ * @param         ltpFlag  not 0 when the frame's long-term prediction gain was high; keeps a steady
+ *                         tone from being taken for noise
+ * @retval zspStsNullPtrErr  src, state or vadFlag is null
+ * @see 3GPP TS 26.094, option 2
+ */
+ZSPSC_API ZspStatus zspsVAD2_GSMAMR_16s(const int16_t* src, Vad2State* state, int16_t* vadFlag,
+                                        int32_t ltpFlag);
+
+/**
+ * Pre-emphasis: adds a multiple of the sample before to each sample.
+ *
+ *   dst[i] = sat16(src[i] + sat16((factor * src[i-1]) >> 15)), src[-1] being memory
+ *
+ * @param         factor  Q15; -26214 in the detector
+ * @param[in]     src     len samples
+ * @param[out]    dst     len samples; may be src, otherwise must not overlap it
+ * @param         len     at least 1
+ * @param[in,out] memory  the sample before src, then the last one of src
+ * @retval zspStsNullPtrErr  src, dst or memory is null
+ * @retval zspStsSizeErr     len < 1
+ * @see 3GPP TS 26.094, option 2
+ */
+ZSPSC_API ZspStatus zspsPreemphasize_GSMAMR_16s(int16_t factor, const int16_t* src, int16_t* dst,
+                                                int32_t len, int16_t* memory);
+
+/**
+ * Real FFT of 128 points in the fixed-point arithmetic of the detector.
+ *
+ *   X[k] = 1/64 sum x[n] e^(-2 pi i n k / 128)
+ *
+ * Every stage halves, rounds and saturates.
+ *
+ * @param[in,out] srcDst  128 samples, then the spectrum: X[0], X[64], re X[1], im X[1] ... im X[63]
+ * @retval zspStsNullPtrErr  srcDst is null
+ * @see 3GPP TS 26.094, option 2
+ */
+ZSPSC_API ZspStatus zspsFFTFwd_RToPerm_GSMAMR_16s_I(int16_t* srcDst);
+
 /* ---------------------------------------------------------------------------------------------- */
 /* AMR-WB voice activity detection                                                                */
 

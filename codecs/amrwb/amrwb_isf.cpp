@@ -39,14 +39,6 @@ fx::Word frequencyInStep(fx::Word isp, int k) noexcept
     return fx::add(fx::round_fx(fx::l_shl(offset_Q26, 4)), static_cast<fx::Word>(k << 7));
 }
 
-/// Entry k and the one behind it of a table, in the lower and upper half of each lane; `bytes` from
-/// entry to entry.
-template <int bytes>
-__m256i pairsOf(const fx::Word* table, __m256i k) noexcept
-{
-    return _mm256_i32gather_epi32(reinterpret_cast<const int*>(table), k, bytes);
-}
-
 } // namespace
 
 void isfToIspScalar(In16 isf, Out16 isp) noexcept
@@ -68,7 +60,8 @@ void isfToIspAvx2(In16 isf, Out16 isp) noexcept
         position = _mm256_min_epi32(position, _mm256_set1_epi32(kMaxIsf));
         const __m256i fraction = _mm256_and_si256(position, _mm256_set1_epi32(127));
         // [cosine[k] cosine[k+1]] x [128 - fraction, fraction]
-        const __m256i ends = pairsOf<2>(kCosine_Q15.data(), _mm256_srli_epi32(position, 7));
+        const __m256i ends =
+            avx2::gatherPairs<2>(kCosine_Q15.data(), _mm256_srli_epi32(position, 7));
         const __m256i weights = _mm256_or_si256(_mm256_sub_epi32(_mm256_set1_epi32(128), fraction),
                                                 _mm256_slli_epi32(fraction, 16));
         const __m256i values = _mm256_srai_epi32(_mm256_madd_epi16(ends, weights), 7);
@@ -113,7 +106,7 @@ __m256i stepsOf(__m256i isp) noexcept
     const __m256i lastStep = _mm256_set1_epi32(kLastStep);
     const __m256i k = _mm256_max_epi32(_mm256_min_epi32(_mm256_cvttps_epi32(arc), lastStep),
                                        _mm256_setzero_si256());
-    const __m256i ends = pairsOf<2>(kCosine_Q15.data(), k);
+    const __m256i ends = avx2::gatherPairs<2>(kCosine_Q15.data(), k);
     const __m256i start = _mm256_srai_epi32(_mm256_slli_epi32(ends, 16), 16);
     const __m256i end = _mm256_srai_epi32(ends, 16);
     // one back where start < isp, none where end < isp <= start, one on where isp <= end
@@ -145,16 +138,10 @@ __m256i walked(__m256i steps) noexcept
 /// frequencyInStep of eight pairs without the step's own start, the product still in 32 bits.
 __m256i offsetsInStep(__m256i isp, __m256i k) noexcept
 {
-    const __m256i cosineAndSlope = pairsOf<4>(kSteps.data(), k);
+    const __m256i cosineAndSlope = avx2::gatherPairs<4>(kSteps.data(), k);
     const __m256i below = _mm256_subs_epi16(isp, cosineAndSlope); // the lower words count
     const __m256i product = _mm256_madd_epi16(below, _mm256_srli_epi32(cosineAndSlope, 16));
     return _mm256_srai_epi32(_mm256_add_epi32(product, _mm256_set1_epi32(1024)), 11);
-}
-
-/// Sixteen words from two times eight 32-bit lanes, saturated, in order.
-__m256i packInOrder(__m256i lower, __m256i upper) noexcept
-{
-    return _mm256_permute4x64_epi64(_mm256_packs_epi32(lower, upper), 0xd8);
 }
 
 } // namespace
@@ -166,8 +153,8 @@ void ispToIsfAvx2(In16 isp, Out16 isf) noexcept
 
     const __m256i lower = _mm256_cvtepi16_epi32(avx2::load8(&isp[0]));
     const __m256i upper = _mm256_cvtepi16_epi32(avx2::load8(&isp[8]));
-    const __m256i steps = walked(packInOrder(stepsOf(lower), stepsOf(upper)));
-    const __m256i offsets = packInOrder(
+    const __m256i steps = walked(avx2::packInOrder(stepsOf(lower), stepsOf(upper)));
+    const __m256i offsets = avx2::packInOrder(
         offsetsInStep(lower, _mm256_cvtepi16_epi32(_mm256_castsi256_si128(steps))),
         offsetsInStep(upper, _mm256_cvtepi16_epi32(_mm256_extracti128_si256(steps, 1))));
     avx2::store(&isf[0], _mm256_adds_epi16(offsets, _mm256_slli_epi16(steps, 7)));
