@@ -6,14 +6,18 @@
 #include <fstream>
 #include <ios>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace zsp::bench {
 
-/// A recording at 8 kHz, 14-bit uniform PCM; empty when the file is not there.
-inline std::vector<std::int16_t> speech()
+inline constexpr const char* kVoice8 = "g726/voice.sl";    ///< 8 kHz, 14-bit uniform PCM
+inline constexpr const char* kVoice16 = "g722/speech.pcm"; ///< 16 kHz
+
+/// A recording; empty when the file is not there.
+inline std::vector<std::int16_t> speech(const char* name = kVoice8)
 {
-    std::ifstream file(ZSPSC_VECTOR_DIR "/g726/voice.sl", std::ios::binary | std::ios::ate);
+    std::ifstream file(std::string(ZSPSC_VECTOR_DIR "/") + name, std::ios::binary | std::ios::ate);
     if (!file) return {};
     std::vector<std::int16_t> samples(static_cast<std::size_t>(file.tellg()) / 2);
     file.seekg(0);
