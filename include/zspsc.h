@@ -571,6 +571,88 @@ ZSPSC_API ZspStatus zspsDecode_G726_8u16s(void* state, const uint8_t* src, int16
 /* ---------------------------------------------------------------------------------------------- */
 /* G.729 filters and conversions                                                                  */
 
+/*
+ * The high-pass filter and the LSP-to-LSF conversion of ITU-T G.729, in the Recommendation's fixed-
+ * point arithmetic. The filter's state lies where the caller put it, at any address, and may be
+ * copied; encoder and decoder need one each.
+ */
+
+/**
+ * The size of a high-pass filter's state.
+ *
+ * @param[out] size  24
+ * @retval zspStsNullPtrErr  size is null
+ */
+ZSPSC_API ZspStatus zspsHighPassFilterSize_G729(int32_t* size);
+
+/** As zspsHighPassFilterSize_G729(): the high-pass filter of ITU-T G.729.1 has the same size. */
+ZSPSC_API ZspStatus zspsFilterHighpassGetStateSize_G7291_16s(int32_t* size);
+
+/** As zspsHighPassFilterSize_G729(): AMR-WB's adaptive codebook decoding has the same size. */
+ZSPSC_API ZspStatus zspsAdaptiveCodebookDecodeGetSize_AMRWB_16s(int32_t* size);
+
+/**
+ * Start a high-pass filter: its memory cleared, its coefficients kept.
+ *
+ *   y[n] = a1 y[n-1] + a2 y[n-2] + b0 x[n] + b1 x[n-1] + b2 x[n-2]
+ *
+ * The Recommendation has 4096, 7807, -3733, 1899, -3798, 1899 (Q12) before the encoder, which also
+ * halves the signal, and 8192, 15836, -7667, 7699, -15398, 7699 (Q13) after the decoder.
+ *
+ * @param[in]  coeffs  six words a0, a1, a2, b0, b1, b2; a0 is not used
+ * @param[out] state   24 bytes at any address
+ * @retval zspStsNullPtrErr  coeffs or state is null
+ * @see ITU-T G.729, clauses 3.1 and 4.2.5
+ */
+ZSPSC_API ZspStatus zspsHighPassFilterInit_G729(const int16_t* coeffs, void* state);
+
+/**
+ * Filter samples, in place. Blocks may be of any length; the filter goes on from call to call.
+ *
+ * The sum is a 32-bit word and wraps; the coefficients of the Recommendation never make it. The
+ * output that is kept for the recursion is the sum shifted left by 16 - scaleFactor, saturated, one
+ * step early at the top: the greatest sum that could be shifted, 2^27 - 1 or 2^28 - 1, gives
+ * 2^31 - 1 already.
+ *
+ * @param[in,out] srcDst       len samples
+ * @param         len          at least 1
+ * @param         scaleFactor  12: coefficients in Q12; 13: coefficients in Q13, and the output is
+ *                             doubled. Output is rounded and saturated.
+ * @param[in,out] state        as initialised
+ * @retval zspStsNullPtrErr     srcDst or state is null
+ * @retval zspStsSizeErr        len < 1
+ * @retval zspStsScaleRangeErr  scaleFactor is neither 12 nor 13
+ * @see ITU-T G.729, clauses 3.1 and 4.2.5
+ */
+ZSPSC_API ZspStatus zspsHighPassFilter_G729_16s_ISfs(int16_t* srcDst, int32_t len,
+                                                     int32_t scaleFactor, void* state);
+
+/**
+ * Convert ten line spectral pairs to angular frequencies: arc cosines, interpolated on a grid of 64
+ * points and truncated.
+ *
+ * Input that is not ordered gives frequencies without meaning, and -32768 wraps to -25736.
+ *
+ * @param[in]  src  ten cosines in Q15, the greatest (lowest frequency) first
+ * @param[out] dst  ten frequencies in radians, Q13, 0..25736; may be src, otherwise must not
+ * overlap it
+ * @retval zspStsNullPtrErr  src or dst is null
+ * @see ITU-T G.729, clause 3.2.4
+ */
+ZSPSC_API ZspStatus zspsLSPToLSF_G729_16s(const int16_t* src, int16_t* dst);
+
+/**
+ * Convert ten line spectral pairs to frequencies in parts of the sampling rate, rounded instead of
+ * truncated.
+ *
+ * @param[in]  src  ten cosines in Q15, the greatest (lowest frequency) first
+ * @param[out] dst  ten frequencies in Q15, 0..16384 (half the sampling rate); may be src, otherwise
+ *                  must not overlap it
+ * @retval zspStsNullPtrErr  src or dst is null
+ * @see ITU-T G.729, clause 3.2.4
+ */
+ZSPSC_API ZspStatus zspsLSPToLSF_Norm_G729_16s(const int16_t* src, int16_t* dst);
+
 /* ---------------------------------------------------------------------------------------------- */
 /* GSM-AMR voice activity detection and DTX                                                       */
 
@@ -867,8 +949,8 @@ ZSPSC_API ZspStatus zspsISPToISF_Norm_AMRWB_16s(const int16_t* isp, int16_t* isf
  * 2^31 - 1; of equal ones the first wins.
  *
  * @param[in]  isf        16 frequencies, any values
- * @param[out] quantised  16 frequencies as zspsISFQuantDecodeDTX_AMRWB_16s() gives them; may be isf,
- *                        otherwise must not overlap it
+ * @param[out] quantised  16 frequencies as zspsISFQuantDecodeDTX_AMRWB_16s() gives them; may be
+ * isf, otherwise must not overlap it
  * @param[out] indices    5 indices: 0..63, 0..63, 0..63, 0..31, 0..31
  * @retval zspStsNullPtrErr  isf, quantised or indices is null
  * @see 3GPP TS 26.190 and TS 26.192, quantisation of the comfort-noise ISFs
@@ -898,8 +980,8 @@ ZSPSC_API ZspStatus zspsISFQuantDecodeDTX_AMRWB_16s(const int16_t* indices, int1
  *
  * The caller asks for the sizes, provides a state per signal and direction, and initialises it. A
  * state holds pointers into itself: it must not be moved or copied. It starts at the first 16-byte
- * boundary of the buffer given, for which the reported size has room; so does the work buffer, whose
- * content need not be kept between calls and which many states may share. Initialising again
+ * boundary of the buffer given, for which the reported size has room; so does the work buffer,
+ * whose content need not be kept between calls and which many states may share. Initialising again
  * restarts; for the first windowLen / frameSize frames the output is settling.
  */
 
@@ -922,8 +1004,8 @@ ZSPSC_API ZspStatus zspsSubbandProcessGetSize_32f(int32_t order, int32_t windowL
 /**
  * Initialise a state of the float filter bank for analysis or for synthesis.
  *
- * Built-in windows, both symmetric low-pass prototypes, exist for two shapes of order, frameSize and
- * windowLen: (5, 24, 128) and (6, 44, 256).
+ * Built-in windows, both symmetric low-pass prototypes, exist for two shapes of order, frameSize
+ * and windowLen: (5, 24, 128) and (6, 44, 256).
  *
  * @param[out] state      at least stateSize bytes of zspsSubbandProcessGetSize_32f()
  * @param      order      log2 of the transform length, at least 1
@@ -1066,9 +1148,9 @@ ZSPSC_API ZspStatus zspsSubbandSynthesis_32sc16s_Sfs(const Zsp32sc* src, int16_t
  * them when it has become worse, as in double talk.
  *
  * Per frame: zspsSubbandAPControllerUpdate_EC_32f() or zspsSubbandControllerUpdate_EC_32f(), the
- * caller's filters and their adaptation, zspsSubbandController_EC_32f(). Sub-band vectors are arrays
- * of numBands complex floats. Taps are given as numTaps pointers, pointer t to the taps of delay t;
- * far-end history likewise, pointer 0 to the newest frame.
+ * caller's filters and their adaptation, zspsSubbandController_EC_32f(). Sub-band vectors are
+ * arrays of numBands complex floats. Taps are given as numTaps pointers, pointer t to the taps of
+ * delay t; far-end history likewise, pointer 0 to the newest frame.
  *
  * The state starts at the first 16-byte boundary of the buffer given, for which the reported size
  * has room, and holds pointers into itself: it must not be moved or copied. Smoothers have the form
@@ -1163,10 +1245,10 @@ ZSPSC_API ZspStatus zspsSubbandControllerUpdate_EC_32f(const Zsp32fc* adaptErr,
  *  - otherwise, A > 1.5 F: the fixed taps are copied into the adaptive filter, and A becomes F.
  *
  * A frame is helpful when the saved bins have more than a tenth of the error power of all bins and,
- * once a reference vector was given, a fifth of its smoothed power exceeds the error's; harmful when
- * the restored bins have more than a tenth. A measure smoothed over 20 ms goes towards 0 in helpful
- * and towards 1 in harmful frames; the factor follows, smoothed over 10 ms: towards 1 while the
- * measure is above 0.5, otherwise towards 0.
+ * once a reference vector was given, a fifth of its smoothed power exceeds the error's; harmful
+ * when the restored bins have more than a tenth. A measure smoothed over 20 ms goes towards 0 in
+ * helpful and towards 1 in harmful frames; the factor follows, smoothed over 10 ms: towards 1 while
+ * the measure is above 0.5, otherwise towards 0.
  *
  * @param[in]     adaptErr, fixedErr      numBands values each
  * @param[in,out] adaptCoefs, fixedCoefs  numTaps pointers each, to numBands taps

@@ -1,0 +1,21 @@
+// Line spectral pairs to line spectral frequencies, ITU-T G.729 clause 3.2.4.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace zsp::g729 {
+
+inline constexpr std::size_t kOrder = 10;
+
+using LspIn = std::span<const std::int16_t, kOrder>;
+using LsfOut = std::span<std::int16_t, kOrder>;
+
+/// Cosines in Q15 to angular frequencies in Q13. Both may be the same memory, here and below.
+void lspToLsf(LspIn lsp_Q15, LsfOut lsf_Q13) noexcept;
+
+/// Cosines in Q15 to frequencies in parts of the sampling rate, Q15.
+void lspToLsfNorm(LspIn lsp_Q15, LsfOut lsf_Q15) noexcept;
+
+} // namespace zsp::g729
