@@ -92,9 +92,9 @@ static void cleanup(LADSPA_Handle handle)
 }
 
 static const LADSPA_PortDescriptor kDescriptors[PORTS] = {
-    LADSPA_PORT_INPUT | LADSPA_PORT_CONTROL,  LADSPA_PORT_INPUT | LADSPA_PORT_CONTROL,
-    LADSPA_PORT_INPUT | LADSPA_PORT_CONTROL,  LADSPA_PORT_OUTPUT | LADSPA_PORT_CONTROL,
-    LADSPA_PORT_INPUT | LADSPA_PORT_AUDIO,    LADSPA_PORT_OUTPUT | LADSPA_PORT_AUDIO,
+    LADSPA_PORT_INPUT | LADSPA_PORT_CONTROL, LADSPA_PORT_INPUT | LADSPA_PORT_CONTROL,
+    LADSPA_PORT_INPUT | LADSPA_PORT_CONTROL, LADSPA_PORT_OUTPUT | LADSPA_PORT_CONTROL,
+    LADSPA_PORT_INPUT | LADSPA_PORT_AUDIO,   LADSPA_PORT_OUTPUT | LADSPA_PORT_AUDIO,
 };
 
 static const char* const kNames[PORTS] = {
@@ -129,7 +129,8 @@ static const LADSPA_Descriptor kPlugin = {
     .cleanup = cleanup,
 };
 
-__attribute__((visibility("default"))) const LADSPA_Descriptor* ladspa_descriptor(unsigned long index)
+__attribute__((visibility("default"))) const LADSPA_Descriptor*
+ladspa_descriptor(unsigned long index)
 {
     return index == 0 ? &kPlugin : NULL;
 }
