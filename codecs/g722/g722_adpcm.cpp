@@ -92,18 +92,12 @@ Word invqah(int ih, Word deth) noexcept
 
 // Scale factors
 
-/// The linear value of entry `index` of the inverse logarithm.
-Word linear(std::size_t index) noexcept
-{
-    return static_cast<Word>((kInverseLog[index] + 1) * 4);
-}
-
 /// LOGSCL and SCALEL.
 void adaptScaleLow(Band& band, int il) noexcept
 {
     const Word wl = kMultiplier4[static_cast<std::size_t>(il >> 2)];
     band.nb = limit(fx::add(fx::mult(band.nb, 32512), wl), 0, 18432);
-    band.det = linear(static_cast<std::size_t>(band.nb >> 6) + 64);
+    band.det = kScaleFactor[static_cast<std::size_t>(band.nb >> 6) + 64];
 }
 
 /// LOGSCH and SCALEH.
@@ -111,7 +105,7 @@ void adaptScaleHigh(Band& band, int ih) noexcept
 {
     const Word wh = kMultiplier2[static_cast<std::size_t>(ih)];
     band.nb = limit(fx::add(fx::mult(band.nb, 32512), wh), 0, 22528);
-    band.det = linear(static_cast<std::size_t>(band.nb >> 6));
+    band.det = kScaleFactor[static_cast<std::size_t>(band.nb >> 6)];
 }
 
 // Predictor
@@ -246,7 +240,13 @@ __m256i spread(Word low, Word high) noexcept
                                                         << 16);
 }
 
-/// The first words of both halves.
+/// The first word of each half in all words of it.
+__m256i firstWords(__m256i v) noexcept
+{
+    return _mm256_shuffle_epi8(v, _mm256_set1_epi16(0x0100));
+}
+
+/// The first words of both halves as a pair.
 std::uint32_t gather(__m256i v) noexcept
 {
     const __m128i pairs =
@@ -321,19 +321,21 @@ void predict(Predictors& v, __m256i d) noexcept
     const __m256i agree1 = _mm256_or_si256(_mm256_xor_si256(p, v.p1), one);
     const __m256i agree2 = _mm256_or_si256(_mm256_xor_si256(p, v.p2), one);
 
-    // UPPOL2. Negation is a complement plus one, saturated.
-    const __m256i same1 = _mm256_cmpgt_epi16(agree1, _mm256_setzero_si256());
+    // UPPOL2
     const __m256i twice = _mm256_adds_epi16(v.a1, v.a1);
-    __m256i w = _mm256_adds_epi16(twice, twice);
-    w = _mm256_srai_epi16(_mm256_subs_epi16(_mm256_xor_si256(w, same1), same1), 7);
-    w = _mm256_adds_epi16(w, _mm256_sign_epi16(_mm256_set1_epi16(128), agree2));
-    v.a2 = limit(_mm256_adds_epi16(w, leak<7>(v.a2)), _mm256_set1_epi16(-12288),
-                 _mm256_set1_epi16(12288));
+    const __m256i fourfold = _mm256_adds_epi16(twice, twice);
+    const __m256i negated = _mm256_subs_epi16(_mm256_setzero_si256(), fourfold);
+    const __m256i w =
+        _mm256_blendv_epi8(_mm256_srai_epi16(negated, 7), _mm256_srai_epi16(fourfold, 7),
+                           _mm256_srai_epi16(agree1, 15));
+    const __m256i step2 = _mm256_sign_epi16(_mm256_set1_epi16(128), agree2);
+    v.a2 = limit(_mm256_adds_epi16(_mm256_adds_epi16(w, step2), leak<7>(v.a2)),
+                 _mm256_set1_epi16(-12288), _mm256_set1_epi16(12288));
 
     // UPPOL1
     const __m256i bound = _mm256_sub_epi16(_mm256_set1_epi16(15360), v.a2);
-    const __m256i step = _mm256_sign_epi16(_mm256_set1_epi16(192), agree1);
-    v.a1 = limit(_mm256_adds_epi16(step, leak<8>(v.a1)),
+    const __m256i step1 = _mm256_sign_epi16(_mm256_set1_epi16(192), agree1);
+    v.a1 = limit(_mm256_adds_epi16(step1, leak<8>(v.a1)),
                  _mm256_sub_epi16(_mm256_setzero_si256(), bound), bound);
 
     // UPZERO. Words without a coefficient have no gain and stay 0.
@@ -357,7 +359,7 @@ void predict(Predictors& v, __m256i d) noexcept
     sum = _mm256_adds_epi16(sum, _mm256_srli_si256(term, 4));
     sum = _mm256_adds_epi16(sum, _mm256_srli_si256(term, 2));
     sum = _mm256_adds_epi16(sum, term);
-    v.sz = _mm256_shuffle_epi8(sum, _mm256_set1_epi16(0x0100));
+    v.sz = firstWords(sum);
 
     // FILTEP and PREDIC. |a1| <= 27648 and |a2| <= 12288.
     const __m256i sp = _mm256_adds_epi16(mult(v.a1, _mm256_adds_epi16(v.r1, v.r1)),
@@ -365,21 +367,21 @@ void predict(Predictors& v, __m256i d) noexcept
     v.s = _mm256_adds_epi16(sp, v.sz);
 }
 
-/// adapt() with the predictors in vectors.
-void adapt(State& state, Predictors& v, int il, int ih) noexcept
+/// Sixteen unsigned words, by which scale factors are multiplied: 16 times a level, so that the
+/// upper word of the product is the level times det >> 12.
+using Levels = std::array<std::uint16_t, 16>;
+
+__m256i scaledUp(const Levels& levels, __m256i det) noexcept
 {
-    const Word dl = invqal(il, state.low.det);
-    const Word dh = invqah(ih, state.high.det);
-    adaptScaleLow(state.low, il);
-    adaptScaleHigh(state.high, ih);
-    predict(v, spread(dl, dh));
+    return _mm256_mulhi_epu16(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(levels.data())),
+                              det);
 }
 
-/// The lower band's decision levels times 16, two vectors; 0 is below every magnitude.
-constexpr std::array<std::uint16_t, 32> kDecisionVectors = [] {
-    std::array<std::uint16_t, 32> t{};
+/// The lower band's decision levels. 0 is above no magnitude.
+constexpr std::array<Levels, 2> kDecisionLevels = [] {
+    std::array<Levels, 2> t{};
     for (std::size_t m = 1; m < kDecision6.size(); ++m)
-        t[m] = static_cast<std::uint16_t>(kDecision6[m] * 16);
+        t[m / 16][m % 16] = static_cast<std::uint16_t>(kDecision6[m] * 16);
     return t;
 }();
 
@@ -388,22 +390,21 @@ struct Codes {
     int ih;
 };
 
-/// QUANTL and QUANTH of a vector with both differences.
-Codes quantise(__m256i e, Word detl, Word deth) noexcept
+/// QUANTL and QUANTH of a vector with both differences; `det` has both scale factors.
+Codes quantise(__m256i e, __m256i det) noexcept
 {
     const __m256i mag = _mm256_xor_si256(e, _mm256_srai_epi16(e, 15));
     const __m256i magLow = _mm256_permute2x128_si256(mag, mag, 0);
-    const auto levelsAbove = [&](const std::uint16_t* decision) {
-        const __m256i levels = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(decision));
-        return _mm256_cmpgt_epi16(_mm256_mulhi_epu16(levels, _mm256_set1_epi16(detl)), magLow);
-    };
+    const __m256i detLow = _mm256_permute2x128_si256(det, det, 0);
     const __m256i above =
-        _mm256_packs_epi16(levelsAbove(&kDecisionVectors[0]), levelsAbove(&kDecisionVectors[16]));
+        _mm256_packs_epi16(_mm256_cmpgt_epi16(scaledUp(kDecisionLevels[0], detLow), magLow),
+                           _mm256_cmpgt_epi16(scaledUp(kDecisionLevels[1], detLow), magLow));
     const int count = std::popcount(static_cast<unsigned>(_mm256_movemask_epi8(above)));
 
     // Bytes 0 and 16: the signs; byte 24: a small magnitude in the higher band.
-    const __m256i small = _mm256_cmpgt_epi16(_mm256_set1_epi16(scaled(kDecision2, deth)), mag);
-    const auto flags = static_cast<unsigned>(_mm256_movemask_epi8(_mm256_packs_epi16(e, small)));
+    const __m256i level = _mm256_mulhi_epu16(_mm256_set1_epi16(kDecision2 * 16), det);
+    const auto flags = static_cast<unsigned>(
+        _mm256_movemask_epi8(_mm256_packs_epi16(e, _mm256_cmpgt_epi16(level, mag))));
     const bool lowNegative = (flags & 1) != 0;
     const bool highNegative = (flags >> 16 & 1) != 0;
     const int highSmall = flags >> 24 & 1;
@@ -411,6 +412,53 @@ Codes quantise(__m256i e, Word detl, Word deth) noexcept
     // quantl()'s step m is 30 less the levels above.
     const int negative = count < 28 ? 4 + count : 34 + count;
     return {.il = lowNegative ? negative : 32 + count, .ih = (highNegative ? 0 : 2) + highSmall};
+}
+
+/// The quantiser that adapts the coder, four bits in the lower band and two in the higher one: for
+/// each step its output and the decision level that is above it. The last steps have no level.
+struct Steps {
+    Levels output{}, level{};
+    std::array<std::int16_t, 16> bias{}; // makes level the greatest magnitude of the step
+};
+
+constexpr Steps kSteps = [] {
+    Steps t;
+    for (std::size_t i = 0; i < 8; ++i) {
+        t.output[i] = static_cast<std::uint16_t>(kOutput4[15 - i] * 16);
+        t.output[8 + i] = static_cast<std::uint16_t>(kOutput2[i == 0 ? 3 : 2] * 16);
+    }
+    t.bias.fill(32767);
+    for (std::size_t i = 0; i < 7; ++i) {
+        t.level[i] = static_cast<std::uint16_t>(kDecision6[2 + 4 * i] * 16);
+        t.bias[i] = -1;
+    }
+    t.level[8] = kDecision2 * 16;
+    t.bias[8] = -1;
+    return t;
+}();
+
+/// What INVQAL and INVQAH make of the differences' codes, without the way through the codes: of
+/// those steps whose magnitudes reach up to that of the difference, the one with the least output.
+__m256i quantisedDifferences(__m256i e, __m256i det) noexcept
+{
+    const __m256i sign = _mm256_srai_epi16(e, 15);
+    const __m256i mag = _mm256_xor_si256(e, sign);
+    const __m256i top =
+        _mm256_add_epi16(scaledUp(kSteps.level, det), avx2::load(kSteps.bias.data()));
+
+    // Products are rounded down, negative ones therefore away from zero.
+    const __m256i levels =
+        _mm256_loadu_si256(reinterpret_cast<const __m256i*>(kSteps.output.data()));
+    const __m256i whole =
+        _mm256_cmpeq_epi16(_mm256_mullo_epi16(levels, det), _mm256_setzero_si256());
+    const __m256i away = _mm256_andnot_si256(whole, sign);
+    const __m256i output = _mm256_sub_epi16(scaledUp(kSteps.output, det), away);
+
+    const __m256i candidates = _mm256_or_si256(output, _mm256_cmpgt_epi16(mag, top));
+    const __m128i low = _mm_minpos_epu16(_mm256_castsi256_si128(candidates));
+    const __m128i high = _mm_minpos_epu16(_mm256_extracti128_si256(candidates, 1));
+    const __m256i d = firstWords(_mm256_set_m128i(high, low));
+    return _mm256_sub_epi16(_mm256_xor_si256(d, sign), sign);
 }
 
 } // namespace
@@ -422,10 +470,13 @@ void encodeAvx2(In16 pairs, Out16 codes, State& state) noexcept
     Predictors v = load(local.low, local.high);
     for (std::size_t k = 0; k < pairs.size(); k += 2) {
         const __m256i e = _mm256_subs_epi16(spread(pairs[k], pairs[k + 1]), v.s);
-        const auto [il, ih] = quantise(e, local.low.det, local.high.det);
+        const __m256i det = spread(local.low.det, local.high.det);
+        const auto [il, ih] = quantise(e, det);
         codes[k] = static_cast<Word>(il);
         codes[k + 1] = static_cast<Word>(ih);
-        adapt(local, v, il, ih);
+        adaptScaleLow(local.low, il);
+        adaptScaleHigh(local.high, ih);
+        predict(v, quantisedDifferences(e, det));
     }
     store(v, local);
     state = local;
@@ -440,12 +491,16 @@ void decodeAvx2(In16 codes, Out16 pairs, int mode, State& state) noexcept
     for (std::size_t k = 0; k < codes.size(); k += 2) {
         const int il = codes[k] & 63;
         const int ih = codes[k + 1] & 3;
-        const __m256i d = spread(output.invqbl(il, local.low.det), invqah(ih, local.high.det));
+        const Word dl = invqal(il, local.low.det);
+        const Word dh = invqah(ih, local.high.det);
+        const __m256i d = spread(output.invqbl(il, local.low.det), dh);
         const std::uint32_t r = gather(
             limit(_mm256_adds_epi16(v.s, d), _mm256_set1_epi16(-16384), _mm256_set1_epi16(16383)));
         pairs[k] = static_cast<Word>(r);
         pairs[k + 1] = static_cast<Word>(r >> 16);
-        adapt(local, v, il, ih);
+        adaptScaleLow(local.low, il);
+        adaptScaleHigh(local.high, ih);
+        predict(v, spread(dl, dh));
     }
     store(v, local);
     state = local;
@@ -467,14 +522,14 @@ bool updateState(State& state, std::span<const std::int16_t, 2> low, std::int16_
     // Half the logarithmic scale factor becomes the new one. The table's steps of 64 of it are
     // steps of 128 of the old one, whose nine upper bits are the index.
     const auto index = std::size_t{static_cast<std::uint16_t>(state.high.nb)} >> 7;
-    const bool inRange = index < kInverseLog.size();
+    const bool inRange = index < kScaleFactor.size();
     if (inRange && reset) {
         state.low.nb = 0;
         state.low.det = kInitialDetl;
         state.high.nb = 0;
         state.high.det = kInitialDeth;
     } else {
-        if (inRange) state.high.det = linear(index);
+        if (inRange) state.high.det = kScaleFactor[index];
         state.high.nb = fx::shr(state.high.nb, 1);
     }
     return inRange;

@@ -2,8 +2,8 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
-#include <numeric>
 
 namespace zsp::g722 {
 
@@ -36,21 +36,21 @@ inline constexpr std::array<std::int16_t, 16> kMultiplier4 = {
     -60, 3042, 1198, 538, 334, 172, 58, -30, 3042, 1198, 538, 334, 172, 58, -30, -60};
 inline constexpr std::array<std::int16_t, 4> kMultiplier2 = {798, -214, 798, -214};
 
-/// One octave of the inverse logarithm.
-inline constexpr std::array<std::int16_t, 32> kInverseLogOctave = {
-    2048, 2093, 2139, 2186, 2233, 2282, 2332, 2383, 2435, 2489, 2543, 2599, 2656, 2714, 2774, 2834,
-    2896, 2960, 3025, 3091, 3158, 3228, 3298, 3371, 3444, 3520, 3597, 3676, 3756, 3838, 3922, 4008};
-
-/// The inverse logarithm less 1, in steps of 64 of a logarithmic scale factor; 32 steps an octave.
-/// SCALEL, SCALEH (method 2: the whole range as one table).
-inline constexpr std::array<std::int16_t, 353> kInverseLog = [] {
+/// Linear scale factors in steps of 64 of the logarithmic one, 32 steps an octave: an octave of the
+/// inverse logarithm, shifted. SCALEL begins at entry 64, SCALEH at 0. (Method 2 of clause 6.2,
+/// whose table holds a quarter less 1.)
+inline constexpr std::array<std::int16_t, 353> kScaleFactor = [] {
+    constexpr std::array<std::int16_t, 32> kOctave = {
+        2048, 2093, 2139, 2186, 2233, 2282, 2332, 2383, 2435, 2489, 2543,
+        2599, 2656, 2714, 2774, 2834, 2896, 2960, 3025, 3091, 3158, 3228,
+        3298, 3371, 3444, 3520, 3597, 3676, 3756, 3838, 3922, 4008};
     std::array<std::int16_t, 353> t{};
     for (std::size_t i = 0; i < 352; ++i)
-        t[i] = static_cast<std::int16_t>((kInverseLogOctave[i % 32] >> (10 - i / 32)) - 1);
-    t[352] = 2 * kInverseLogOctave[0] - 1;
+        t[i] = static_cast<std::int16_t>((kOctave[i % 32] >> (10 - i / 32)) * 4);
+    t[352] = 16384;
     return t;
 }();
-static_assert(kInverseLog[0] == 1 && kInverseLog[64] == 7 && kInverseLog[352] == 4095);
+static_assert(kScaleFactor[0] == 8 && kScaleFactor[64] == 32 && kScaleFactor[351] == 16032);
 
 /// The 24 taps of the quadrature-mirror filter, doubled; symmetric.
 inline constexpr std::array<std::int16_t, 24> kQmf = {
