@@ -27,7 +27,7 @@ std::vector<double> tickValues(const Axis& axis, double count)
     std::vector<double> values;
     const double step = tickStep(axis, count);
     for (double k = std::ceil(axis.low / step - 1e-9); k * step <= axis.high + 1e-9 * step; ++k)
-        values.push_back(k * step);
+        values.push_back(k == 0 ? 0.0 : k * step); // not -0
     return values;
 }
 
@@ -35,6 +35,12 @@ std::vector<double> tickValues(const Axis& axis, double count)
 std::string px(double value)
 {
     return format("%.1f", value);
+}
+
+/// With a proper minus sign.
+std::string number(double value)
+{
+    return (value < 0 ? "\u2212" : "") + format("%g", std::abs(value));
 }
 
 std::string textAt(double x, double y, const char* style, const std::string& text)
@@ -48,6 +54,11 @@ std::string textAt(double x, double y, const char* style, const std::string& tex
 Chart::Chart(Axis x, Axis y, int height)
     : x_(std::move(x)), y_(std::move(y)), top_(kLegendHeight), bottom_(kLegendHeight + height)
 {
+}
+
+void Chart::caption(const std::string& text)
+{
+    caption_ = text;
 }
 
 double Chart::toX(double x) const
@@ -147,7 +158,7 @@ void Chart::heatMap(const HeatMap& map, double low, double high, const std::stri
     const Axis scale{unit, low, high};
     for (const double value : tickValues(scale, (bottom_ - top_) / 30)) {
         const double y = bottom_ - (value - low) / (high - low) * (bottom_ - top_);
-        labels_ += textAt(scaleLeft + scaleWidth + 5, y + 4, "tick", format("%g", value));
+        labels_ += textAt(scaleLeft + scaleWidth + 5, y + 4, "tick", number(value));
     }
     labels_ += textAt(scaleLeft + scaleWidth + 36, top_ - 9, "tick end", unit);
     covered_ = true;
@@ -196,14 +207,13 @@ std::string Chart::axes() const
             const double y = toY(value);
             grid += format("<path class=\"%s\" d=\"M%.1f %.1fH%.1f\"/>", style, kLeft - 4, y,
                            covered_ ? kLeft : kRight);
-            grid += textAt(kLeft - 8, y + 4, "tick end",
-                           format("%g", std::abs(value) < 1e-12 ? 0 : value));
+            grid += textAt(kLeft - 8, y + 4, "tick end", number(value));
         }
     if (x_.ticks)
         for (const double value : tickValues(x_, 12)) {
             const double x = toX(value);
             grid += format("<path class=\"tickmark\" d=\"M%.1f %.1fv4\"/>", x, bottom_);
-            grid += textAt(x, bottom_ + 17, "tick middle", format("%g", value));
+            grid += textAt(x, bottom_ + 17, "tick middle", number(value));
         }
     grid += format("<path class=\"frame\" d=\"M%.1f %.1fH%.1f\"/>", kLeft, bottom_, kRight);
     grid += textAt((kLeft + kRight) / 2, bottom_ + 33, "label middle", x_.label);
@@ -218,6 +228,10 @@ std::string Chart::svg() const
 {
     std::string legend;
     double x = kLeft;
+    if (!caption_.empty()) {
+        legend += textAt(x, 13, "label strong", caption_);
+        x += 7.2 * static_cast<double>(caption_.size()) + 24;
+    }
     for (const LegendEntry& entry : legend_) {
         const double height = entry.area ? 10 : 3;
         legend +=
@@ -227,7 +241,8 @@ std::string Chart::svg() const
         legend += textAt(x + 22, 13, "tick", entry.name);
         x += 22 + 6.6 * static_cast<double>(entry.name.size()) + 20;
     }
-    return format("<svg viewBox=\"0 0 %.0f %.0f\" role=\"img\">", kWidth, bottom_ + kAxisHeight) +
+    return format("<svg viewBox=\"0 0 %.0f %.0f\" role=\"img\">", kWidth,
+                  bottom_ + (x_.ticks ? kAxisHeight : 8)) +
            legend + behind_ + (covered_ ? content_ + axes() : axes() + content_) + labels_ +
            "</svg>";
 }

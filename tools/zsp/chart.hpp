@@ -26,7 +26,11 @@ struct Point {
 /// left and right edges, so that equal time axes below one another agree.
 class Chart {
   public:
+    /// An x axis without label and ticks takes little room: for charts above one that has them.
     Chart(Axis x, Axis y, int height);
+
+    /// A heading above the plot, where the legend begins.
+    void caption(const std::string& text);
 
     /// A line through the points. A name puts it into the legend; so does every `name` below.
     void line(std::span<const Point> points, int colour, const std::string& name = "");
@@ -65,7 +69,7 @@ class Chart {
 
     Axis x_, y_;
     double top_, bottom_; // of the plot area
-    std::string behind_, content_, labels_;
+    std::string caption_, behind_, content_, labels_;
     std::vector<LegendEntry> legend_;
     bool covered_ = false; // by a heat map: the grid would not be seen
 };

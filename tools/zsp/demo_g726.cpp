@@ -40,9 +40,11 @@ Run codeAt(int kbit, const Audio& speech)
     return run;
 }
 
-Chart spectrogramChart(const Axis& time, std::span<const std::int16_t> samples, int height)
+Chart spectrogramChart(const Axis& time, const std::string& caption,
+                       std::span<const std::int16_t> samples, int height)
 {
-    Chart chart(time, {"frequency, kHz", 0, kRate / 2000.0}, height);
+    Chart chart(time, {"kHz", 0, kRate / 2000.0}, height);
+    chart.caption(caption);
     chart.heatMap(spectrogram(samples, kRate, kColumns), kFloorDb, kCeilingDb, "dBFS");
     return chart;
 }
@@ -74,21 +76,25 @@ void demoG726(const Audio& speech, const std::string& directory, Report& report)
     }
 
     report.section("G.726 ADPCM, 16 to 40 kbit/s",
-                   "Telephone speech at 8 kHz. Every further bit per sample brings about 5 dB.");
+                   "Telephone speech at 8 kHz. Every further bit per sample buys speech some 4 to 6 dB.");
     report.table(rows,
                  "Segmental SNR: mean over the 20 ms segments above -55 dBFS, each limited to "
                  "-10..45 dB. Speed: on one core of this machine.");
     report.players(players);
 
     const Axis time{"time, s", 0, speech.seconds()};
-    Chart wave(time, {"of full scale", -1, 1}, 120);
-    wave.waveform(speech.samples, kRate, 1);
-    report.chart("Waveform of the input", wave);
+    const Axis above{"", time.low, time.high, false};
+    std::vector<Chart> input;
+    input.emplace_back(above, Axis{"of full scale", -1, 1}, 110);
+    input.back().waveform(speech.samples, kRate, 1);
+    input.back().caption("Waveform");
+    input.push_back(spectrogramChart(time, "Spectrogram", speech.samples, 150));
+    report.charts("Input", input);
 
-    Chart ratio(time, {"SNR, dB", 0, 50}, 230);
+    Chart ratio(time, {"SNR, dB", 0, 50}, 240);
     int colour = 0;
     for (const Run& run : runs) {
-        constexpr std::size_t kSegment = kRate / 10;
+        constexpr std::size_t kSegment = kRate / 5;
         const std::vector<double> values = snrOverTime(speech.samples, run.decoded, kSegment);
         std::vector<Point> points;
         for (std::size_t i = 0; i < values.size(); ++i)
@@ -96,15 +102,15 @@ void demoG726(const Audio& speech, const std::string& directory, Report& report)
         ratio.line(points, ++colour, format("%d kbit/s", run.kbit));
     }
     report.chart("Signal-to-noise ratio over time", ratio,
-                 "Per 100 ms; pauses, below -55 dBFS, are left out.");
+                 "Per 200 ms; pauses, below -55 dBFS, are left out.");
 
-    report.chart("Spectrogram of the input", spectrogramChart(time, speech.samples, 170));
+    std::vector<Chart> errors;
     for (const Run& run : runs)
-        report.chart(format("Spectrogram of the error at %d kbit/s", run.kbit),
-                     spectrogramChart(time, run.error, 110),
-                     run.kbit == runs.front().kbit
-                         ? "Input minus decoded, on the same scale. The noise follows the speech."
-                         : "");
+        errors.push_back(spectrogramChart(run.kbit == 40 ? time : above,
+                                          format("%d kbit/s", run.kbit), run.error, 90));
+    report.charts("Spectrogram of the error", errors,
+                  "Input minus decoded, on the scale of the input's spectrogram. The noise follows "
+                  "the speech and falls with every bit.");
 }
 
 } // namespace zsp::host

@@ -18,7 +18,7 @@ constexpr const char* kStyle = R"css(
 @media (prefers-color-scheme: dark) { :root {
   --page: #15171b; --card: #1e2126; --ink: #eceae4; --soft: #a2a7b0; --rule: #343941;
   --c1: #79aaff; --c2: #ff9a62; --c3: #43cda2; --c4: #c79bff; --c5: #e3b64b; --c6: #ff83ac; } }
-body { margin: 0; background: var(--page); color: var(--ink);
+body { margin: 0; background: var(--page); color: var(--ink); -webkit-text-size-adjust: 100%;
   font: 16px/1.55 system-ui, "Segoe UI", Roboto, "DejaVu Sans", sans-serif; }
 main { max-width: 1020px; margin: 0 auto; padding: 40px 20px 64px; }
 h1 { font-size: 30px; line-height: 1.2; margin: 0 0 8px; letter-spacing: -.01em; }
@@ -32,7 +32,7 @@ p { margin: 0 0 12px; max-width: 74ch; color: var(--soft); }
 .tile b { display: block; font-size: 24px; font-weight: 600; line-height: 1.25; }
 .tile span { color: var(--soft); font-size: 13px; }
 .card { padding: 16px 18px 12px; margin: 14px 0; }
-.card p { font-size: 13.5px; line-height: 1.45; margin: 0 0 10px; }
+.card p { font-size: 13.5px; line-height: 1.45; margin: 0 0 10px; max-width: 110ch; }
 .scroll { overflow-x: auto; }
 table { border-collapse: collapse; width: 100%; font-variant-numeric: tabular-nums; font-size: 15px; }
 th { text-align: right; font-weight: 600; color: var(--soft); font-size: 13px; }
@@ -46,7 +46,7 @@ audio { width: 100%; height: 36px; }
 svg { display: block; width: 100%; height: auto; overflow: visible; }
 svg text { font: 12px system-ui, "Segoe UI", Roboto, "DejaVu Sans", sans-serif; fill: var(--ink); }
 svg text.tick { fill: var(--soft); font-variant-numeric: tabular-nums; }
-svg text.label { fill: var(--soft); }
+svg text.label { fill: var(--soft); } svg text.strong { fill: var(--ink); font-weight: 600; }
 .end { text-anchor: end; } .middle { text-anchor: middle; }
 .grid { stroke: var(--rule); } .frame, .tickmark { stroke: var(--soft); }
 .line { fill: none; stroke-width: 1.8; stroke-linejoin: round; stroke-linecap: round; }
@@ -101,8 +101,16 @@ void Report::table(const std::vector<std::vector<std::string>>& rows, const std:
 
 void Report::chart(const std::string& title, const Chart& chart, const std::string& note)
 {
-    body_ += "<div class=\"card\"><h3>" + escaped(title) + "</h3>" + paragraph(note) + chart.svg() +
-             "</div>\n";
+    charts(title, {&chart, 1}, note);
+}
+
+void Report::charts(const std::string& title, std::span<const Chart> charts,
+                    const std::string& note)
+{
+    body_ += "<div class=\"card\"><h3>" + escaped(title) + "</h3>" + paragraph(note);
+    for (const Chart& chart : charts)
+        body_ += chart.svg() + "\n";
+    body_ += "</div>\n";
 }
 
 void Report::players(const std::vector<Player>& players)

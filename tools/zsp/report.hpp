@@ -22,6 +22,9 @@ class Report {
     /// The first row is the heading; columns from the second on are aligned as numbers.
     void table(const std::vector<std::vector<std::string>>& rows, const std::string& note = "");
     void chart(const std::string& title, const Chart& chart, const std::string& note = "");
+    /// Charts below one another in one frame.
+    void charts(const std::string& title, std::span<const Chart> charts,
+                const std::string& note = "");
     /// A player for a WAV file in the report's directory.
     struct Player {
         std::string file, label;
