@@ -5,10 +5,10 @@
 #include "failure.hpp"
 #include "g726_codec.hpp"
 #include "progress.hpp"
+#include "text.hpp"
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 
 namespace zsp::host {
 
@@ -42,12 +42,11 @@ void checkCodes(const std::string& path, std::span<const std::uint8_t> codes, st
     const auto wrong = std::find_if(codes.begin(), codes.end(),
                                     [bits](std::uint8_t code) { return code >> bits != 0; });
     if (wrong == codes.end()) return;
-    std::array<char, 80> text{};
-    std::snprintf(
-        text.data(), text.size(), "byte %llu is 0x%02x, no code word of %d bits",
-        static_cast<unsigned long long>(offset + static_cast<std::uint64_t>(wrong - codes.begin())),
-        *wrong, bits);
-    throw Failure(path, std::string(text.data()) + " (wrong rate, or a packed file?)");
+    const auto position = offset + static_cast<std::uint64_t>(wrong - codes.begin());
+    throw Failure(path, "byte " + std::to_string(position) +
+                            format(" is 0x%02x, no code word of %d bits (wrong rate, or a packed "
+                                   "file?)",
+                                   *wrong, bits));
 }
 
 /// Turns code words into samples of the output's kind.
