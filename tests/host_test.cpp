@@ -261,6 +261,53 @@ TEST_F(Host, G726ThroughPipes)
     EXPECT_EQ(get("again"), get("again.file"));
 }
 
+/// Encoder and decoder of the library, whole signal in one call.
+Bytes libraryG722(Words samples, int mode, Words& decoded)
+{
+    Bytes state(144);
+    std::array<std::int16_t, 24> delayLine{};
+    const auto length = static_cast<std::int32_t>(samples.size());
+    zspsSBADPCMEncodeInit_G722_16s(state.data());
+    zspsQMFEncode_G722_16s(samples.data(), samples.data(), length, delayLine.data());
+    zspsSBADPCMEncode_G722_16s(samples.data(), samples.data(), length, state.data());
+    Bytes bytes;
+    for (std::size_t i = 0; i < samples.size(); i += 2)
+        bytes.push_back(
+            static_cast<std::uint8_t>((samples[i + 1] * 64 + samples[i]) & (mode == 1   ? 0xff
+                                                                            : mode == 2 ? 0xfe
+                                                                                        : 0xfc)));
+    decoded.clear();
+    for (const std::uint8_t byte : bytes) {
+        decoded.push_back(byte & 63);
+        decoded.push_back(byte >> 6);
+    }
+    delayLine = {};
+    zspsSBADPCMDecodeInit_G722_16s(state.data());
+    zspsSBADPCMDecode_G722_16s(decoded.data(), decoded.data(), length,
+                               static_cast<std::int16_t>(mode), state.data());
+    zspsQMFDecode_G722_16s(decoded.data(), decoded.data(), length, delayLine.data());
+    return bytes;
+}
+
+TEST_F(Host, G722FilesHoldWhatTheLibraryComputes)
+{
+    Words signal = someSignal(40001); // not whole: the last byte is filled with a zero sample
+    put("in.wav", wavFile(signal, 16000));
+    signal.push_back(0);
+    for (const int mode : {1, 2, 3}) {
+        const std::string options = " -m " + std::to_string(mode);
+        Words decoded;
+        const Bytes bytes = libraryG722(signal, mode, decoded);
+        ASSERT_EQ(zsp("g722 encode" + options + " in.wav speech.g722").text, "");
+        EXPECT_EQ(get("speech.g722"), bytes) << options;
+        ASSERT_EQ(zsp("g722 decode" + options + " - - <speech.g722 >out.au").text, "");
+        ASSERT_EQ(zsp("g722 decode" + options + " speech.g722 out.raw").text, "");
+        EXPECT_EQ(get("out.raw"), littleEndian(decoded)) << options;
+        ASSERT_EQ(zsp("g722 encode" + options + " - again <out.au").text, "");
+        EXPECT_EQ(get("again").size(), bytes.size());
+    }
+}
+
 TEST_F(Host, FailuresAreToldAndLeaveNothingBehind)
 {
     const Words signal = someSignal(20000);
@@ -324,6 +371,12 @@ TEST_F(Host, FailuresAreToldAndLeaveNothingBehind)
         {"g726", 2, "subcommand"},
         {"", 2, "subcommand"},
         {"sing", 2, "no command named sing"},
+        {"g722 encode good.wav out", 1, "sampled at 8000 Hz; G.722 codes 16000 Hz"},
+        {"g722 encode -m 4 rate.wav out", 2, "4"},
+        {"g722 encode short.wav out", 1, "truncated"},
+        {"g722 encode rate.wav /dev/full", 1, "/dev/full: No space left on device"},
+        {"g722 decode empty out.wav", 1, "empty: is empty"},
+        {"g722 decode noise nowhere/out.wav", 1, "nowhere/out.wav: No such file"},
         {"demo missing.wav -o out", 1, "missing.wav: No such file"},
         {"demo -o kept", 1, "kept: "},
         {"info >/dev/full", 1, "No space left on device"},
@@ -419,6 +472,8 @@ TEST_F(Host, DemoOnOwnSpeechInAnotherFormat)
         EXPECT_NE(outcome.text.find(text), std::string::npos) << outcome.text;
     for (const char* name : {"new/dir/g726-16.wav", "new/dir/g726-40.wav"})
         EXPECT_EQ(get(name).size(), 44 + 2 * 16000u);
+    for (const char* name : {"new/dir/g722-48.wav", "new/dir/g722-64.wav"})
+        EXPECT_EQ(get(name).size(), 44 + 2 * 32000u);
     const Bytes report = get("new/dir/report.html");
     const std::string html(report.begin(), report.end());
     EXPECT_TRUE(html.starts_with("<!doctype html>"));

@@ -322,6 +322,16 @@ void AudioWriter::commit()
     output_.commit();
 }
 
+void requireMono(const AudioReader& reader, int rate, const std::string& coder)
+{
+    if (reader.rate() != rate)
+        throw Failure(reader.path(), "is sampled at " + std::to_string(reader.rate()) + " Hz; " +
+                                         coder + " codes " + std::to_string(rate) + " Hz");
+    if (reader.channels() != 1)
+        throw Failure(reader.path(), "has " + std::to_string(reader.channels()) + " channels; " +
+                                         coder + " codes one");
+}
+
 Audio readAsStored(AudioReader& reader)
 {
     if (reader.channels() != 1)

@@ -95,6 +95,10 @@ class AudioWriter {
     SndfileHandle file_;
 };
 
+/// Throws a Failure unless the input has one channel at `rate`. A coder would process anything else
+/// without a complaint, and to no use.
+void requireMono(const AudioReader& reader, int rate, const std::string& coder);
+
 /// A whole mono signal in memory.
 struct Audio {
     std::vector<std::int16_t> samples;

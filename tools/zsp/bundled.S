@@ -10,5 +10,6 @@
     .endm
 
     bundle zsp_speech_8k, speech_8k.wav
+    bundle zsp_speech_16k, speech_16k.wav
 
     .section .note.GNU-stack,"",@progbits

@@ -7,5 +7,7 @@ namespace zsp::host {
 
 /// 24 s at 8 kHz.
 Audio bundledSpeech8k();
+/// 10 s at 16 kHz, other sentences.
+Audio bundledSpeech16k();
 
 } // namespace zsp::host

@@ -25,6 +25,14 @@ struct G726Options {
 void runG726Encode(const G726Options& options);
 void runG726Decode(const G726Options& options);
 
+struct G722Options {
+    std::string input, output;
+    int mode = 1;                               ///< 64, 56 or 48 kbit/s
+    Container container = Container::automatic; ///< of the audio side
+};
+void runG722Encode(const G722Options& options);
+void runG722Decode(const G722Options& options);
+
 struct DemoOptions {
     std::string input; ///< empty: the bundled speech
     std::string directory = "demo-out";

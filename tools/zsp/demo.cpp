@@ -43,20 +43,25 @@ double timesRealTime(double seconds, const std::function<void()>& work)
 void runDemo(const DemoOptions& options)
 {
     const bool bundled = options.input.empty();
-    const Audio narrow = bundled ? bundledSpeech8k() : userSpeech(options.input, 8000);
     const std::string name = bundled ? "bundled telephone prompts" : options.input;
+    const Audio narrow = bundled ? bundledSpeech8k() : userSpeech(options.input, 8000);
+    const Audio wide = bundled ? bundledSpeech16k() : userSpeech(options.input, 16000);
 
     std::error_code error;
     std::filesystem::create_directories(options.directory, error);
     if (error) throw Failure(options.directory, error.message());
 
-    std::printf("Input: %s, %.1f s at 8 kHz, %.1f dBFS\n", name.c_str(), narrow.seconds(),
-                levelDbfs(narrow.samples));
-    Report report("Speech through the coders",
-                  format("%.1f s of speech (%s) coded and decoded by the zspsc library; what came "
-                         "out, and how much of the input it kept.",
-                         narrow.seconds(), name.c_str()));
+    for (const Audio* speech : {&narrow, &wide})
+        std::printf("Input: %s, %.1f s at %d kHz, %.1f dBFS\n", name.c_str(), speech->seconds(),
+                    speech->rate / 1000, levelDbfs(speech->samples));
+    Report report(
+        "Speech through the coders",
+        format("%.1f s of telephone speech and %.1f s of wide-band speech (%s), coded and "
+               "decoded by the zspsc library: what came out, and how much of the input "
+               "it kept.",
+               narrow.seconds(), wide.seconds(), name.c_str()));
     demoG726(narrow, options.directory, report);
+    demoG722(wide, options.directory, report);
 
     const std::string path = options.directory + "/report.html";
     report.write(path);

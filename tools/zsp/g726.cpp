@@ -16,17 +16,6 @@ namespace {
 
 constexpr std::size_t kBlock = 8000; // a second
 
-/// Speech of another rate or with more channels would be coded without a complaint, and be useless.
-void checkTelephone(const AudioReader& reader)
-{
-    if (reader.rate() != 8000)
-        throw Failure(reader.path(), "is sampled at " + std::to_string(reader.rate()) +
-                                         " Hz; G.726 codes 8000 Hz");
-    if (reader.channels() != 1)
-        throw Failure(reader.path(),
-                      "has " + std::to_string(reader.channels()) + " channels; G.726 codes one");
-}
-
 void checkLaw(const AudioReader& reader, std::optional<Encoding> law)
 {
     if (!law || reader.raw() || reader.encoding() == law) return;
@@ -91,7 +80,7 @@ void runG726Encode(const G726Options& options)
 {
     AudioReader reader(options.input, options.container,
                        {options.law.value_or(Encoding::linear), 8000});
-    checkTelephone(reader);
+    requireMono(reader, 8000, "G.726");
     checkLaw(reader, options.law);
     G726Encoder encoder(options.rate);
     Packer packer(options.packing, g726Bits(options.rate));

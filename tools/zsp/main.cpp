@@ -44,6 +44,17 @@ CLI::Validator oneOf(const std::map<std::string, T>& map)
     return validator;
 }
 
+constexpr const char* kInputKind =
+    "Kind of the input file (default: by its header; by name when raw)";
+constexpr const char* kOutputKind =
+    "Kind of the output file (default: by its name; au for standard output)";
+
+void addFiles(CLI::App& command, std::string& input, std::string& output)
+{
+    command.add_option("input", input, "Input file, - for standard input")->required();
+    command.add_option("output", output, "Output file, - for standard output")->required();
+}
+
 void addInfo(CLI::App& app)
 {
     auto options = std::make_shared<InfoOptions>();
@@ -60,10 +71,7 @@ void addG726(CLI::App& app)
                              const char* container, void (*run)(const G726Options&)) {
         auto options = std::make_shared<G726Options>();
         CLI::App* command = group->add_subcommand(name, what);
-        command->add_option("input", options->input, "Input file, - for standard input")
-            ->required();
-        command->add_option("output", options->output, "Output file, - for standard output")
-            ->required();
+        addFiles(*command, options->input, options->output);
         command->add_option("-r,--rate", options->rate, "Bit rate in kbit/s")
             ->check(CLI::IsMember({16, 24, 32, 40}))
             ->capture_default_str();
@@ -82,9 +90,35 @@ void addG726(CLI::App& app)
     };
     add("encode", "Code an 8 kHz mono audio file",
         "Samples of a raw input file (default: linear); a header that tells otherwise is an error",
-        "Kind of the input file (default: by its header; by name when raw)", runG726Encode);
+        kInputKind, runG726Encode);
     add("decode", "Decode a file of G.726 code words", "Samples to write (default: linear)",
-        "Kind of the output file (default: by its name; au for standard output)", runG726Decode);
+        kOutputKind, runG726Decode);
+}
+
+void addG722(CLI::App& app)
+{
+    CLI::App* group = app.add_subcommand("g722", "G.722 wide-band coding at 64, 56 or 48 kbit/s");
+    group->require_subcommand(1);
+    const auto add = [group](const char* name, const char* what, const char* container,
+                             void (*run)(const G722Options&)) {
+        auto options = std::make_shared<G722Options>();
+        CLI::App* command = group->add_subcommand(name, what);
+        addFiles(*command, options->input, options->output);
+        command
+            ->add_option("-m,--mode", options->mode,
+                         "1, 2 or 3: 64, 56 or 48 kbit/s of speech; a byte takes two samples in "
+                         "each, in modes 2 and 3 its lowest one and two bits are free")
+            ->check(CLI::IsMember({1, 2, 3}))
+            ->capture_default_str();
+        command->add_option("-f,--format", options->container, container)
+            ->transform(oneOf(kContainers));
+        command->callback([options, run] {
+            requireProcessor();
+            run(*options);
+        });
+    };
+    add("encode", "Code a 16 kHz mono audio file", kInputKind, runG722Encode);
+    add("decode", "Decode a .g722 file", kOutputKind, runG722Decode);
 }
 
 void addDemo(CLI::App& app)
@@ -108,6 +142,7 @@ int run(int argc, char** argv)
     app.require_subcommand(1);
     addInfo(app);
     addG726(app);
+    addG722(app);
     addDemo(app);
     try {
         app.parse(argc, argv);

@@ -76,9 +76,8 @@ void PitchSearch::search(std::span<const std::int16_t> frame)
     int shift = 0;
     for (; energy > 1 << 30; energy /= 4)
         ++shift;
-    std::transform(signal_.begin(), signal_.end(), scaled_.begin(), [shift](std::int16_t x) {
-        return static_cast<std::int16_t>(x >> shift);
-    });
+    std::transform(signal_.begin(), signal_.end(), scaled_.begin(),
+                   [shift](std::int16_t x) { return static_cast<std::int16_t>(x >> shift); });
 
     double correlations = 0, energies = 0;
     int matches = 0;
