@@ -4,6 +4,7 @@
 
 #include "audio.hpp"
 #include "packing.hpp"
+#include "voice_detector.hpp"
 
 #include <optional>
 #include <string>
@@ -32,6 +33,21 @@ struct G722Options {
 };
 void runG722Encode(const G722Options& options);
 void runG722Decode(const G722Options& options);
+
+struct AlcOptions {
+    std::string input, output;
+    std::optional<double> maxGainDb, targetDb, peakDb; ///< the library's defaults when absent
+    std::string report;                                ///< HTML file, none when empty
+};
+void runAlc(const AlcOptions& options);
+
+struct VadOptions {
+    std::string input;
+    DetectorKind detector = DetectorKind::amr1;
+    bool dtx = false;        ///< print the frame types of discontinuous transmission
+    std::string csv, report; ///< files, none when empty
+};
+void runVad(const VadOptions& options);
 
 struct DemoOptions {
     std::string input; ///< empty: the bundled speech

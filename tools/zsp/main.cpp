@@ -32,6 +32,9 @@ const std::map<std::string, Encoding> kLaws = {
 const std::map<std::string, Packing> kPackings = {
     {"none", Packing::unpacked}, {"rfc3551", Packing::rfc3551}, {"aal2", Packing::aal2}};
 
+const std::map<std::string, DetectorKind> kDetectors = {
+    {"amr1", DetectorKind::amr1}, {"amr2", DetectorKind::amr2}, {"amrwb", DetectorKind::amrWb}};
+
 /// Accepts the keys of `map`; the help lists them.
 template <typename T>
 CLI::Validator oneOf(const std::map<std::string, T>& map)
@@ -121,6 +124,54 @@ void addG722(CLI::App& app)
     add("decode", "Decode a .g722 file", kOutputKind, runG722Decode);
 }
 
+void addAlc(CLI::App& app)
+{
+    auto options = std::make_shared<AlcOptions>();
+    CLI::App* command = app.add_subcommand("alc", "G.169 automatic level control of a mono file");
+    addFiles(*command, options->input, options->output);
+    command->add_option("--max-gain", options->maxGainDb, "Largest gain in dB (default: 11.6)")
+        ->check(CLI::Range(0.0, 60.0));
+    command
+        ->add_option("--target", options->targetDb,
+                     "Speech level to reach, dB below full scale (default: 26.1)")
+        ->check(CLI::Range(0.0, 90.0));
+    command
+        ->add_option("--peak", options->peakDb, "Largest output, dB below full scale (default: 0)")
+        ->check(CLI::Range(0.0, 90.0));
+    command->add_option("--report", options->report, "HTML file with levels and gain over time");
+    command->callback([options] {
+        requireProcessor();
+        runAlc(*options);
+    });
+}
+
+void addVad(CLI::App& app)
+{
+    auto options = std::make_shared<VadOptions>();
+    CLI::App* command = app.add_subcommand(
+        "vad",
+        "Voice activity detection: speech segments, activity, comfort-noise schedule.\n"
+        "The input is mixed down to one channel and converted to 8 kHz (amr1, amr2) or 12.8 kHz "
+        "(amrwb). As in the speech encoders, it is cut below 80 Hz and halved, for amrwb cut below "
+        "50 Hz and emphasised. Pitch and tone flags, the high-pass correlation of amr1 and the "
+        "prediction gain of amr2 come from an open-loop pitch search of that signal, with the "
+        "library's lag search; the encoders search perceptually weighted speech, so their flags "
+        "may differ.");
+    command->add_option("input", options->input, "Audio file, - for standard input")->required();
+    command->add_option("-d,--detector", options->detector, "Which detector (default: amr1)")
+        ->transform(oneOf(kDetectors));
+    command->add_flag("--dtx", options->dtx,
+                      "Print what is sent per frame: S speech, F first "
+                      "comfort-noise frame, U update, . nothing");
+    command->add_option("--csv", options->csv, "File for decision, levels and noise per frame");
+    command->add_option("--report", options->report,
+                        "HTML file with waveform, decisions, levels and noise estimate");
+    command->callback([options] {
+        requireProcessor();
+        runVad(*options);
+    });
+}
+
 void addDemo(CLI::App& app)
 {
     auto options = std::make_shared<DemoOptions>();
@@ -143,6 +194,8 @@ int run(int argc, char** argv)
     addInfo(app);
     addG726(app);
     addG722(app);
+    addAlc(app);
+    addVad(app);
     addDemo(app);
     try {
         app.parse(argc, argv);
