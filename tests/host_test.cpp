@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -13,6 +14,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
+#include <sstream>
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -308,6 +310,65 @@ TEST_F(Host, G722FilesHoldWhatTheLibraryComputes)
     }
 }
 
+TEST_F(Host, AlcLevelsAsTheLibraryDoes)
+{
+    const Words signal = someSignal(30001); // the last block is not whole
+    put("in.wav", wavFile(signal));
+    Words wanted = signal;
+    wanted.resize(30008);
+    ZspAlcState_G169 state;
+    zspsALCInit_G169_16s(&state);
+    zspsALCSetGain_G169_16s(6.0F, &state);
+    zspsALCSetLevel_G169_16s(20.0F, 3.0F, &state);
+    zspsALC_G169_16s(wanted.data(), wanted.data(), 30008, &state);
+    wanted.resize(signal.size());
+    EXPECT_EQ(zsp("alc in.wav out.raw --max-gain 6 --target 20 --peak 3 --report r.html").text, "");
+    EXPECT_EQ(get("out.raw"), littleEndian(wanted));
+    EXPECT_GT(get("r.html").size(), 10000u);
+    put("stereo.wav", wavFile(signal, 8000, 2));
+    EXPECT_EQ(zsp("alc stereo.wav no.wav").status, 1);
+    EXPECT_EQ(zsp("alc in.wav no.wav --max-gain -1").status, 2);
+    EXPECT_FALSE(fs::exists(path("no.wav")));
+}
+
+TEST_F(Host, VadFindsTheBurstAtEveryRate)
+{
+    // Two seconds of faint noise, one of loud noise that rises and falls as syllables do, two
+    // faint.
+    Samples samples(11);
+    for (const std::uint32_t rate : {8000u, 16000u, 44100u}) {
+        Words signal(5 * rate);
+        for (std::size_t i = 0; i < signal.size(); ++i) {
+            const double seconds = static_cast<double>(i) / rate;
+            const bool loud = seconds >= 2 && seconds < 3;
+            const double swell = std::abs(std::sin(seconds * 12));
+            signal[i] = static_cast<std::int16_t>(static_cast<double>(samples.uniform(-30, 30)) *
+                                                  (loud ? 1 + 500 * swell : 1));
+        }
+        put("in.wav", wavFile(signal, rate));
+        for (const std::string detector : {"amr1", "amr2", "amrwb"}) {
+            const Outcome outcome = zsp("vad -d " + detector +
+                                        " in.wav --dtx --csv out.csv --report r.html 2>/dev/null");
+            SCOPED_TRACE(detector + " at " + std::to_string(rate) + " Hz:\n" + outcome.text);
+            ASSERT_EQ(outcome.status, 0);
+            // The segment that holds the burst; an early one is allowed while the noise is learnt.
+            bool found = false;
+            std::istringstream lines(outcome.text);
+            for (std::string line; std::getline(lines, line);) {
+                double start = 0, end = 0, length = 0;
+                if (std::sscanf(line.c_str(), "%lf %lf %lf", &start, &end, &length) != 3) continue;
+                EXPECT_TRUE(end <= 0.5 || start >= 1.9);
+                found = found || (start < 2.1 && start > 1.9 && end > 2.9 && end < 3.6);
+            }
+            EXPECT_TRUE(found);
+            EXPECT_NE(outcome.text.find("F..U.......U"), std::string::npos);
+            const Bytes csv = get("out.csv");
+            EXPECT_EQ(std::count(csv.begin(), csv.end(), '\n'), 251); // heading and 250 frames
+            EXPECT_GT(get("r.html").size(), 10000u);
+        }
+    }
+}
+
 TEST_F(Host, FailuresAreToldAndLeaveNothingBehind)
 {
     const Words signal = someSignal(20000);
@@ -377,6 +438,9 @@ TEST_F(Host, FailuresAreToldAndLeaveNothingBehind)
         {"g722 encode rate.wav /dev/full", 1, "/dev/full: No space left on device"},
         {"g722 decode empty out.wav", 1, "empty: is empty"},
         {"g722 decode noise nowhere/out.wav", 1, "nowhere/out.wav: No such file"},
+        {"vad short.wav --csv out", 1, "truncated"},
+        {"vad good.wav --csv nowhere/out >/dev/null", 1, "nowhere/out: No such file"},
+        {"alc empty out.wav", 1, "empty: is empty"},
         {"demo missing.wav -o out", 1, "missing.wav: No such file"},
         {"demo -o kept", 1, "kept: "},
         {"info >/dev/full", 1, "No space left on device"},

@@ -18,7 +18,7 @@ double tickStep(const Axis& axis, double count)
     const double rough = (axis.high - axis.low) / count;
     const double power = std::pow(10.0, std::floor(std::log10(rough)));
     for (const double factor : {1.0, 2.0, 5.0})
-        if (factor * power >= rough * 0.999) return factor * power;
+        if (factor * power >= rough * 0.8) return factor * power;
     return 10.0 * power;
 }
 

@@ -15,6 +15,10 @@ void demoG726(const Audio& speech, const std::string& directory, Report& report)
 /// 16 kHz speech.
 void demoG722(const Audio& speech, const std::string& directory, Report& report);
 
+/// Any speech.
+void demoLevel(const Audio& speech, const std::string& directory, Report& report);
+void demoVad(const Audio& speech, const std::string& directory, Report& report);
+
 /// How many times faster than real time `work` goes through `seconds` of signal: the best of
 /// several runs, at least 0.1 s altogether.
 double timesRealTime(double seconds, const std::function<void()>& work);
