@@ -12,6 +12,11 @@ inline __m256i load(const std::int16_t* p) noexcept
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
 }
 
+inline __m256i load(const std::uint16_t* p) noexcept
+{
+    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
+}
+
 inline __m256i load(const std::int32_t* p) noexcept
 {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
