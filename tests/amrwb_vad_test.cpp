@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <numeric>
 
@@ -72,16 +73,20 @@ TEST(AmrWbVad, Vectors)
 TEST(AmrWbVad, Avx2EqualsDefinition)
 {
     Samples samples(22);
-    for (int round = 0; round < 2000; ++round) {
-        const Words words = samples.words(sizeof(VadWbState) / 2);
+    for (int round = 0; round < 4000; ++round) {
+        const bool extreme = round % 4 == 1;
+        const Words words = extreme ? samples.extremeWords(sizeof(VadWbState) / 2)
+                                    : samples.words(sizeof(VadWbState) / 2);
         VadWbState want, got;
         std::memcpy(&want, words.data(), sizeof want);
         if (round % 4 == 0) zspsVADInit_AMRWB_16s(&want);
         got = want;
         for (int t = 0; t < 3; ++t) {
-            Words frame = samples.words(256);
+            Words frame = extreme ? samples.extremeWords(256) : samples.words(256);
             for (auto& w : frame)
-                w = static_cast<std::int16_t>(w >> (round % 16));
+                w = static_cast<std::int16_t>(w >> (extreme ? 0 : round % 16));
+            // an impulse on full memories: single words of -32768 in an otherwise quiet band
+            if (extreme && t == 0) std::fill(frame.begin() + 4, frame.end(), std::int16_t{0});
             std::int16_t wantTone = samples.integer<std::int16_t>(), gotTone = wantTone;
             const auto input = std::span(frame).first<256>();
             const bool flag = zsp::amrwb::vadAvx2(input, got, gotTone);
@@ -136,6 +141,78 @@ TEST(AmrWbVad, LowPowerMasksTone)
         std::int16_t tone = -1, flag = -1;
         ASSERT_EQ(zspsVAD_AMRWB_16s(frame.data(), &state, &tone, &flag), zspStsNoErr);
         EXPECT_EQ(tone, c.tone) << c.why;
+    }
+}
+
+/// A sixteenth of the levels of bands 1 to 11.
+int inputLevel(const VadWbState& state)
+{
+    return std::accumulate(state.energy_level + 1, std::end(state.energy_level), 0) >> 4;
+}
+
+// A frame counts for the speech level when it is louder than 129. All frames are active here.
+TEST(AmrWbVad, QuietFramesDoNotCountForTheSpeechLevel)
+{
+    Samples samples(23);
+    bool seen[2] = {};
+    for (int round = 0; round < 2000; ++round) {
+        const auto loudest = static_cast<std::int16_t>(50 + round / 4);
+        Words frame(256);
+        for (auto& w : frame)
+            w = static_cast<std::int16_t>(samples.uniform(-loudest, loudest));
+        VadWbState state{};
+        zspsVADInit_AMRWB_16s(&state);
+        std::ranges::fill(state.bckr_est, std::int16_t{40});
+        state.speech_level = 0;
+        std::int16_t tone = 0, flag = -1;
+        zspsVAD_AMRWB_16s(frame.data(), &state, &tone, &flag);
+        const int level = inputLevel(state);
+        if (level < 129 || level > 130) continue;
+        seen[level - 129] = true;
+        EXPECT_EQ(state.sp_est_cnt, 1);
+        EXPECT_EQ(state.sp_max_cnt, level > 129) << "round " << round;
+        EXPECT_EQ(state.sp_max, level > 129 ? level : 0) << "round " << round;
+    }
+    EXPECT_TRUE(seen[0] && seen[1]) << "no frame on each side";
+}
+
+struct EstimateCase {
+    std::int16_t sp_max, sp_max_cnt, sp_est_cnt;
+    std::array<std::int16_t, 4> after; // and speech_level
+    const char* why;
+};
+
+constexpr EstimateCase kEstimateCases[] = {
+    {20000, 23, 60, {20000, 24, 61, 2050}, "24 active frames are no estimate"},
+    {20000, 24, 60, {0, 0, 0, 3242}, "25 are: 15 % of the way to 10000"},
+    {821, 24, 60, {0, 0, 0, 2050}, "too quiet for an estimate"},
+    {822, 24, 60, {0, 0, 0, 1804}, "just not"},
+    {20000, 4, 59, {20000, 5, 60, 2050}, "55 inactive frames are as many as may be"},
+    {20000, 4, 60, {0, 1, 1, 2050}, "56 are too many: the frame is the first of a new one"},
+};
+
+TEST(AmrWbVad, SpeechLevelEstimate)
+{
+    for (const EstimateCase& c : kEstimateCases) {
+        VadWbState state{};
+        zspsVADInit_AMRWB_16s(&state);
+        state.sp_max = c.sp_max;
+        state.sp_max_cnt = c.sp_max_cnt;
+        state.sp_est_cnt = c.sp_est_cnt;
+        Words frame(256);
+        for (std::size_t i = 0; i < frame.size(); ++i)
+            frame[i] = i % 2 ? 300 : -300; // an active frame
+        std::int16_t tone = 0, flag = -1;
+        zspsVAD_AMRWB_16s(frame.data(), &state, &tone, &flag);
+        const int level = inputLevel(state);
+        ASSERT_GT(level, 129);
+        ASSERT_LT(level, 821);
+
+        auto want = c.after;
+        if (want[0] == 0 && want[1] == 1) want[0] = static_cast<std::int16_t>(level);
+        expectEqual(
+            std::array{state.sp_max, state.sp_max_cnt, state.sp_est_cnt, state.speech_level}, want,
+            c.why);
     }
 }
 

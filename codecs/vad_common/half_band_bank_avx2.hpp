@@ -1,9 +1,10 @@
 // The half-band filter bank of half_band_bank.hpp, sixteen words at a time.
 //
-// The words of a block are lanes: all splits of a stage are filtered at once, block after block. A
-// vector goes through all stages before the next one starts, so that the recursions of different
-// stages and vectors overlap. Only t[n] = x[n] - c t[n-1] of an all-pass is a recursion; its output
-// t[n-1] + c t[n] is then computed for the whole vector.
+// The words of a block are lanes: all splits of a stage are filtered at once, block after block.
+// Only t[n] = x[n] - c t[n-1] of an all-pass is a recursion; its output t[n-1] + c t[n] is computed
+// for the whole vector. In every round each stage takes the vector that the stage before it
+// finished in the last round: the recursions of all stages run side by side, within a processor's
+// reach.
 #pragma once
 
 #include "avx2.hpp"
@@ -126,31 +127,23 @@ __m256i swapHalves(__m256i v) noexcept
     return _mm256_shufflehi_epi16(_mm256_shufflelo_epi16(v, 0xb1), 0xb1);
 }
 
-/// (p + q) >> 1 and (p - q) >> 1 by vpavgw, which halves a + b + 1 of unsigned words: with p - q as
-/// p + ~q + 1, and p + q as ~(~p + ~q + 1).
+/// v + other, and where `upper` is -1, other - v.
+///
+/// The half of a 17-bit result comes from vpavgw, (a + b + 1) >> 1 of unsigned words, which an
+/// exchanged sign bit makes one of signed words: a - b is a + ~b + 1, and a + b is ~(~a + ~b + 1).
 template <Merge kMerge>
-__m256i mergeSum(__m256i p, __m256i q) noexcept
+__m256i mergeLanes(__m256i v, __m256i other, __m256i upper) noexcept
 {
     if constexpr (kMerge == Merge::half) {
-        const __m256i flip = _mm256_set1_epi16(0x7fff); // all bits, and the sign back
-        return _mm256_xor_si256(
-            _mm256_avg_epu16(_mm256_xor_si256(p, flip), _mm256_xor_si256(q, flip)), flip);
+        const __m256i all = _mm256_set1_epi16(0x7fff); // ~ and the sign bit
+        const __m256i some = _mm256_xor_si256(all, upper);
+        const __m256i mean =
+            _mm256_avg_epu16(_mm256_xor_si256(v, all), _mm256_xor_si256(other, some));
+        return _mm256_xor_si256(mean, some);
     }
-    const __m256i sum = _mm256_adds_epi16(p, q);
-    return kMerge == Merge::word ? sum : _mm256_srai_epi16(sum, 1);
-}
-
-template <Merge kMerge>
-__m256i mergeDifference(__m256i p, __m256i q) noexcept
-{
-    if constexpr (kMerge == Merge::half) {
-        const __m256i sign = _mm256_set1_epi16(-32768);
-        const __m256i flip = _mm256_set1_epi16(0x7fff);
-        return _mm256_xor_si256(
-            _mm256_avg_epu16(_mm256_xor_si256(p, sign), _mm256_xor_si256(q, flip)), sign);
-    }
-    const __m256i difference = _mm256_subs_epi16(p, q);
-    return kMerge == Merge::word ? difference : _mm256_srai_epi16(difference, 1);
+    const __m256i merged =
+        _mm256_blendv_epi8(_mm256_adds_epi16(v, other), _mm256_subs_epi16(other, v), upper);
+    return kMerge == Merge::word ? merged : _mm256_srai_epi16(merged, 1);
 }
 
 /// Takes `b` where the mask is -1.
@@ -201,9 +194,8 @@ class StageFilter {
     {
         const __m256i filtered = allPasses(x);
         const __m256i v = kMine.allFiltered ? filtered : choose(x, filtered, kMine.filtered);
-        const __m256i other = swapHalves<kBlock>(v);
-        const __m256i merged = choose(mergeSum<kDesign.merge>(v, other),
-                                      mergeDifference<kDesign.merge>(other, v), kMine.upper);
+        const __m256i merged =
+            mergeLanes<kDesign.merge>(v, swapHalves<kBlock>(v), avx2::load(kMine.upper.data()));
         return kMine.allUsed ? merged : choose(x, merged, kMine.used);
     }
 
@@ -211,8 +203,10 @@ class StageFilter {
     void run(__m256i& lower, __m256i& upper) noexcept requires(kBlock == 32)
     {
         const __m256i q = allPasses(upper);
-        upper = choose(upper, mergeDifference<kDesign.merge>(lower, q), kMine.used);
-        lower = choose(lower, mergeSum<kDesign.merge>(lower, q), kMine.used);
+        const __m256i sum = mergeLanes<kDesign.merge>(lower, q, _mm256_setzero_si256());
+        const __m256i difference = mergeLanes<kDesign.merge>(q, lower, _mm256_set1_epi16(-1));
+        lower = choose(lower, sum, kMine.used);
+        upper = choose(upper, difference, kMine.used);
     }
 
   private:
@@ -261,47 +255,79 @@ class ColumnSums {
     __m256i high_ = _mm256_setzero_si256(); // columns 4..7, 12..15
 };
 
-template <const auto& kBank, typename State, std::size_t... kStage>
-void filterBankStages(std::span<const std::int16_t, kBank.frame> input, State& state,
-                      std::span<std::int16_t, kBank.bands.size()> level,
-                      std::index_sequence<kStage...> /*stages*/) noexcept
+/// Both words of a split stand half a block apart, and no part of a frame ends within a vector.
+template <const auto& kBank>
+constexpr bool fitsVectors() noexcept
 {
-    constexpr std::size_t kWidth = kBank.stages.back().block; // one or two vectors
+    const std::size_t width = kBank.stages.back().block;
+    for (const Stage& stage : kBank.stages)
+        for (const Split& s : stage.used())
+            if (s.upper != s.lower + stage.block / 2) return false;
+    return (width == 16 || width == 32) && kBank.frame % width == 0 && kBank.kept % width == 0;
+}
+
+template <const auto& kBank, typename State, std::size_t... kStage, std::size_t... kBand>
+void filterBankLanes(std::span<const std::int16_t, kBank.frame> input, State& state,
+                     std::span<std::int16_t, kBank.bands.size()> level,
+                     std::index_sequence<kStage...> /*stages*/,
+                     std::index_sequence<kBand...> /*bands*/) noexcept
+{
+    static_assert(fitsVectors<kBank>());
+    constexpr std::size_t kWidth = kBank.stages.back().block;
+    constexpr std::size_t kVectors = kBank.frame / 16;
+    constexpr std::size_t kDepth = kBank.stages.size() - (kWidth == 32 ? 1 : 0);
+
     std::tuple<StageFilter<kBank, kStage>...> stages;
     (std::get<kStage>(stages).load(state), ...);
-
-    std::array<ColumnSums, kWidth / 16> sums;
+    __m256i x[kDepth + 1] = {}; // what each stage has left for the next one
+    __m256i lower = _mm256_setzero_si256();
+    ColumnSums sums[kWidth / 16];
     std::array<std::int32_t, kWidth> head, all;
-    for (std::size_t n = 0; n < kBank.frame; n += kWidth) {
-        if (n == kBank.kept)
-            for (std::size_t i = 0; i < sums.size(); ++i)
-                sums[i].store(&head[16 * i]);
+    const auto storeSums = [&sums](std::array<std::int32_t, kWidth>& columns) {
+        for (std::size_t i = 0; i < std::size(sums); ++i)
+            sums[i].store(&columns[16 * i]);
+    };
 
-        __m256i x[kWidth / 16];
-        for (std::size_t i = 0; i < std::size(x); ++i) {
-            x[i] = _mm256_srai_epi16(avx2::load(&input[n + 16 * i]), kBank.inputShift);
-            const auto step = [&](auto& stage) {
-                if constexpr (requires { stage.run(x[i]); }) x[i] = stage.run(x[i]);
-            };
-            (step(std::get<kStage>(stages)), ...);
+    for (std::size_t round = 0; round < kVectors + kDepth - 1; ++round) {
+        if (round < kVectors)
+            x[0] = _mm256_srai_epi16(avx2::load(&input[16 * round]), kBank.inputShift);
+        const auto step = [&]<std::size_t kAt>(std::integral_constant<std::size_t, kAt>) {
+            if constexpr (kAt < kDepth) {
+                // before its first vector, round - kAt wraps
+                if (round - kAt < kVectors) x[kAt + 1] = std::get<kAt>(stages).run(x[kAt]);
+            }
+        };
+        (step(std::integral_constant<std::size_t, sizeof...(kStage) - 1 - kStage>{}), ...);
+
+        if (round < kDepth - 1) continue;
+        const std::size_t vector = round - (kDepth - 1);
+        if (vector == kBank.kept / 16) storeSums(head);
+        if constexpr (kWidth == 16) {
+            sums[0].add(x[kDepth]);
+        } else if (vector % 2 == 0) {
+            lower = x[kDepth];
+        } else {
+            std::get<kDepth>(stages).run(lower, x[kDepth]);
+            sums[0].add(lower);
+            sums[1].add(x[kDepth]);
         }
-        if constexpr (kWidth == 32) std::get<sizeof...(kStage) - 1>(stages).run(x[0], x[1]);
-        for (std::size_t i = 0; i < std::size(x); ++i)
-            sums[i].add(x[i]);
     }
-    for (std::size_t i = 0; i < sums.size(); ++i)
-        sums[i].store(&all[16 * i]);
+    storeSums(all);
     (std::get<kStage>(stages).save(state), ...);
 
-    for (std::size_t i = 0; i < level.size(); ++i) {
-        const Band& band = kBank.bands[i];
-        std::int32_t bandHead = 0, bandAll = 0;
-        for (std::size_t k = band.start; k < kWidth; k += band.step) {
-            bandHead += head[k];
-            bandAll += all[k];
-        }
-        level[i] = bandLevel(bandHead, bandAll - bandHead, band.scale, state.sub_level[i]);
-    }
+    const auto sumOf = [](const Band& band, const std::array<std::int32_t, kWidth>& columns) {
+        std::int32_t sum = 0;
+        for (std::size_t k = band.start; k < kWidth; k += band.step)
+            sum += columns[k];
+        return sum;
+    };
+    const auto finish = [&]<std::size_t kAt>(std::integral_constant<std::size_t, kAt>) {
+        constexpr Band kDesign = kBank.bands[kAt];
+        const std::int32_t bandHead = sumOf(kDesign, head);
+        level[kAt] = bandLevel(bandHead, sumOf(kDesign, all) - bandHead, kDesign.scale,
+                               state.sub_level[kAt]);
+    };
+    (finish(std::integral_constant<std::size_t, kBand>{}), ...);
 }
 
 /// Equal to filterBankScalar in every result.
@@ -309,7 +335,8 @@ template <const auto& kBank, typename State>
 void filterBankAvx2(std::span<const std::int16_t, kBank.frame> input, State& state,
                     std::span<std::int16_t, kBank.bands.size()> level) noexcept
 {
-    filterBankStages<kBank>(input, state, level, std::make_index_sequence<kBank.stages.size()>{});
+    filterBankLanes<kBank>(input, state, level, std::make_index_sequence<kBank.stages.size()>{},
+                           std::make_index_sequence<kBank.bands.size()>{});
 }
 
 } // namespace zsp::vad

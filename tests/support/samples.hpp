@@ -46,6 +46,15 @@ class Samples {
         return values;
     }
 
+    /// The two ends of the range, at random.
+    std::vector<std::int16_t> extremeWords(std::size_t count)
+    {
+        std::vector<std::int16_t> values(count);
+        for (auto& v : values)
+            v = static_cast<std::int16_t>(below(2) ? 32767 : -32768);
+        return values;
+    }
+
     std::vector<std::int16_t> words(std::size_t count) { return integers<std::int16_t>(count); }
     std::vector<std::int32_t> longs(std::size_t count) { return integers<std::int32_t>(count); }
 
