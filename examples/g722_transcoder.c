@@ -1,0 +1,79 @@
+/* A gateway between a wide-band and a narrow-band call: takes a G.722 stream at 64 kbit/s, decodes
+ * it, halves the sampling rate with the lower sub-band that the decoder has anyway, levels it, and
+ * codes it again with G.726 at 32 kbit/s. */
+
+#include "zspsc.h"
+
+#include <math.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+enum {
+    kWideRate = 16000,
+    kFrame = kWideRate / 50, /* 20 ms: 320 wide-band samples, 160 pairs, 160 narrow-band samples */
+    kPairs = kFrame / 2,
+    kFrames = 100
+};
+
+static void* newState(ZspStatus (*getSize)(int32_t*))
+{
+    int32_t size = 0;
+    if (getSize(&size) != zspStsNoErr) return NULL;
+    return malloc((size_t)size);
+}
+
+/* What arrives from the network: a tone of 1 kHz, growing from silence, coded with G.722. */
+static void receive(void* encoder, int16_t* delayLine, int frame, int16_t* codes)
+{
+    int16_t samples[kFrame], bands[kFrame];
+    int i;
+    for (i = 0; i < kFrame; ++i) {
+        const int n = frame * kFrame + i;
+        const double level = 2000.0 * n / (kFrames * kFrame);
+        samples[i] = (int16_t)lrint(level * sin(2.0 * 3.14159265358979 * 1000.0 * n / kWideRate));
+    }
+    zspsQMFEncode_G722_16s(samples, bands, kFrame, delayLine);
+    zspsSBADPCMEncode_G722_16s(bands, codes, kFrame, encoder);
+}
+
+int main(void)
+{
+    int16_t sendDelay[24] = {0}; /* of the transmit filter; zeroed by the caller before a call */
+    void* remote = newState(zspsSBADPCMEncodeStateSize_G722_16s);
+    void* decoder = newState(zspsSBADPCMDecodeStateSize_G722_16s);
+    void* encoder = newState(zspsEncodeGetStateSize_G726_16s8u);
+    ZspAlcState_G169 leveller;
+    double before = 0.0, after = 0.0;
+    int frame, i;
+
+    if (!remote || !decoder || !encoder) return 1;
+    zspsSBADPCMEncodeInit_G722_16s(remote);
+    zspsSBADPCMDecodeInit_G722_16s(decoder);
+    zspsEncodeInit_G726_16s8u(encoder, zspG726Rate32);
+    zspsALCInit_G169_16s(&leveller);
+
+    for (frame = 0; frame < kFrames; ++frame) {
+        int16_t codes[kFrame], bands[kFrame], narrow[kPairs], levelled[kPairs];
+        uint8_t sent[kPairs];
+        receive(remote, sendDelay, frame, codes);
+
+        if (zspsSBADPCMDecode_G722_16s(codes, bands, kFrame, 1, decoder) != zspStsNoErr) return 1;
+        for (i = 0; i < kPairs; ++i) /* the lower band is the narrow-band signal, at 8 kHz */
+            narrow[i] = bands[2 * i];
+        if (zspsALC_G169_16s(narrow, levelled, kPairs, &leveller) != zspStsNoErr) return 1;
+        for (i = 0; i < kPairs; ++i) { /* G.726 takes 14 bits */
+            before += (double)narrow[i] * narrow[i];
+            after += (double)levelled[i] * levelled[i];
+            levelled[i] = (int16_t)(levelled[i] >> 2);
+        }
+        if (zspsEncode_G726_16s8u(encoder, levelled, sent, kPairs) != zspStsNoErr) return 1;
+    }
+    free(remote);
+    free(decoder);
+    free(encoder);
+
+    printf("%d frames from 64 to 32 kbit/s; levelled by %+.1f dB on average\n", kFrames,
+           10.0 * log10(after / before));
+    return after > before ? 0 : 1;
+}
