@@ -9,14 +9,11 @@
 #include <array>
 #include <string>
 
+#ifdef ZSPSC_PEER_LIBAVCODEC
+#include "support/avcodec.hpp"
+#endif
 #ifdef ZSPSC_PEER_SPANDSP
 #include <spandsp.h>
-#endif
-#ifdef ZSPSC_PEER_LIBAVCODEC
-extern "C" {
-#include <libavcodec/avcodec.h>
-#include <libavutil/channel_layout.h>
-}
 #endif
 
 namespace {
@@ -105,30 +102,13 @@ void decodeSpandsp(benchmark::State& state, std::size_t rate, int encoding)
 #endif
 #ifdef ZSPSC_PEER_LIBAVCODEC
 
-/// An opened coder of libavcodec with its frame and packet.
-struct Avcodec {
-    AVCodecContext* context = nullptr;
-    AVFrame* frame = av_frame_alloc();
-    AVPacket* packet = av_packet_alloc();
-
-    Avcodec(const AVCodec* codec, std::size_t rate) : context(avcodec_alloc_context3(codec))
-    {
-        context->sample_rate = 8000;
-        context->bit_rate = kKilobits[rate] * 1000;
-        context->bits_per_coded_sample = static_cast<int>(rate) + 2;
-        context->sample_fmt = AV_SAMPLE_FMT_S16;
-        av_channel_layout_default(&context->ch_layout, 1);
-        if (avcodec_open2(context, codec, nullptr) != 0) std::abort();
-    }
-    ~Avcodec()
-    {
-        av_packet_free(&packet);
-        av_frame_free(&frame);
-        avcodec_free_context(&context);
-    }
-    Avcodec(const Avcodec&) = delete;
-    Avcodec& operator=(const Avcodec&) = delete;
-};
+zsp::bench::Avcodec openLibavcodec(const AVCodec* codec, std::size_t rate)
+{
+    return {codec, 8000, [rate](AVCodecContext& context) {
+                context.bit_rate = kKilobits[rate] * 1000;
+                context.bits_per_coded_sample = static_cast<int>(rate) + 2;
+            }};
+}
 
 void encodeLibavcodec(benchmark::State& state, std::size_t rate)
 {
@@ -136,13 +116,8 @@ void encodeLibavcodec(benchmark::State& state, std::size_t rate)
     for (auto& sample : sl)
         sample = static_cast<std::int16_t>(sample * 4);
     zsp::bench::Blocks blocks(std::move(sl), kBlock);
-    Avcodec coder(avcodec_find_encoder(AV_CODEC_ID_ADPCM_G726), rate);
-    coder.context->frame_size = kBlock; // the encoder takes any; the same as for the others
-    coder.frame->nb_samples = kBlock;
-    coder.frame->format = AV_SAMPLE_FMT_S16;
-    av_channel_layout_default(&coder.frame->ch_layout, 1);
-    coder.frame->sample_rate = 8000;
-    if (av_frame_get_buffer(coder.frame, 0) != 0) std::abort();
+    auto coder = openLibavcodec(avcodec_find_encoder(AV_CODEC_ID_ADPCM_G726), rate);
+    coder.allocateFrame(kBlock);
     for (auto _ : state) {
         const auto block = blocks.next();
         std::copy(block.begin(), block.end(),
@@ -166,8 +141,8 @@ void decodeLibavcodec(benchmark::State& state, std::size_t rate)
                                                   (plain[i / bits] >> (bits - 1 - i % bits) & 1));
 
     zsp::bench::Blocks blocks(std::move(packed), kBlock * bits / 8);
-    Avcodec coder(avcodec_find_decoder(AV_CODEC_ID_ADPCM_G726), rate);
-    if (av_new_packet(coder.packet, static_cast<int>(kBlock * bits / 8)) != 0) std::abort();
+    auto coder = openLibavcodec(avcodec_find_decoder(AV_CODEC_ID_ADPCM_G726), rate);
+    coder.allocatePacket(static_cast<int>(kBlock * bits / 8));
     for (auto _ : state) {
         const auto block = blocks.next();
         std::copy(block.begin(), block.end(), coder.packet->data);
