@@ -1,0 +1,38 @@
+#!/usr/bin/env bash
+# Builds the Debian packages, has lintian look at them, installs them on this machine, uses each,
+# and removes them again. Needs root and Debian.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+[ "$(id -u)" -eq 0 ] || { echo "packaging/check.sh installs packages: run it as root" >&2; exit 1; }
+
+. cmake/packages.sh
+install_packages "${library_packages[@]}" "${tool_packages[@]}" doxygen dpkg-dev file ladspa-sdk \
+    lintian
+
+cmake --workflow --preset package
+packages=(build/package/*.deb)
+echo "== lintian"
+lintian --fail-on error "${packages[@]}"
+
+echo "== Install"
+dpkg -i "${packages[@]}"
+trap 'dpkg --purge zsp libzspsc-dev libzspsc8 >/dev/null' EXIT
+
+work=$(mktemp -d)
+cc tests/consumer/consumer.c -o "$work/by_pkg_config" $(pkg-config --cflags --libs zspsc)
+"$work/by_pkg_config"
+cmake -S tests/consumer -B "$work/cmake" >/dev/null
+cmake --build "$work/cmake" >/dev/null
+for program in shared_c shared_cpp static_c static_cpp; do "$work/cmake/$program"; done
+zsp info
+zsp demo -o "$work/demo" >/dev/null
+test -s "$work/demo/report.html"
+man -w zsp >/dev/null 2>&1 || test -e /usr/share/man/man1/zsp.1.gz
+
+echo "== Remove"
+trap - EXIT
+dpkg --purge zsp libzspsc-dev libzspsc8
+left=$(find /usr -iname '*zspsc*' -o -iname '*zspcore*' -o -path '*/bin/zsp')
+[ -z "$left" ] || { echo "left behind: $left" >&2; exit 1; }
+rm -rf "$work"
+echo "The packages install, run and go without a trace."
