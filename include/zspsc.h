@@ -37,6 +37,13 @@ extern "C" {
 /* ---------------------------------------------------------------------------------------------- */
 /* Types                                                                                          */
 
+/**
+ * @defgroup zspsc_types Types
+ *
+ * Statuses, complex numbers and the version record.
+ * @{
+ */
+
 /** Result of every function but zspscGetLibVersion(). */
 typedef enum ZspStatus {
     zspStsOverflow = 12,          /**< warning: the result could not be represented normally */
@@ -78,8 +85,17 @@ typedef struct ZspLibraryVersion {
     const char* buildDate;   /**< date as text */
 } ZspLibraryVersion;
 
+/** @} */
+
 /* ---------------------------------------------------------------------------------------------- */
 /* Version                                                                                        */
+
+/**
+ * @defgroup zspsc_version Version
+ *
+ * Which library this is.
+ * @{
+ */
 
 /**
  * The version record of this library.
@@ -88,8 +104,17 @@ typedef struct ZspLibraryVersion {
  */
 ZSPSC_API const ZspLibraryVersion* zspscGetLibVersion(void);
 
+/** @} */
+
 /* ---------------------------------------------------------------------------------------------- */
 /* Products                                                                                       */
+
+/**
+ * @defgroup zspsc_products Products
+ *
+ * Element-wise products of vectors.
+ * @{
+ */
 
 /**
  * Multiply two vectors with a rounding right shift and saturation.
@@ -125,8 +150,18 @@ ZSPSC_API ZspStatus zspsMul_NR_16s_Sfs(const int16_t* src1, const int16_t* src2,
 ZSPSC_API ZspStatus zspsMul_NR_16s_ISfs(const int16_t* src, int16_t* srcDst, int32_t len,
                                         int32_t scaleFactor);
 
+/** @} */
+
 /* ---------------------------------------------------------------------------------------------- */
 /* Correlation and scaling                                                                        */
+
+/**
+ * @defgroup zspsc_correlation Correlation and scaling
+ *
+ * Building blocks that codecs share: correlations and lag searches, block scaling, inverse square
+ * root, pre-emphasis.
+ * @{
+ */
 
 /**
  * Autocorrelation, normalised so that lag 0 uses all 31 bits.
@@ -344,10 +379,14 @@ ZSPSC_API ZspStatus zspsInvSqrt_32s_I(int32_t* srcDst, int32_t len);
  */
 ZSPSC_API ZspStatus zspsPreemphasize_32f_I(float factor, float* srcDst, int32_t len, float* memory);
 
+/** @} */
+
 /* ---------------------------------------------------------------------------------------------- */
 /* G.722 sub-band ADPCM                                                                           */
 
-/*
+/**
+ * @defgroup zspsc_g722 G.722 sub-band ADPCM
+ *
  * The parts of the ITU-T G.722 coder for 7 kHz speech. A 64 kbit/s encoder is zspsQMFEncode and
  * then zspsSBADPCMEncode; a decoder is zspsSBADPCMDecode in one of three modes and then
  * zspsQMFDecode. Between them go pairs of words, one pair for two 16 kHz samples: element 2k is the
@@ -361,6 +400,7 @@ ZSPSC_API ZspStatus zspsPreemphasize_32f_I(float factor, float* srcDst, int32_t 
  *
  * Blocks may be of any even length. One call gives the same as several calls that share its samples
  * out. dst may be src, otherwise they must not overlap.
+ * @{
  */
 
 /**
@@ -371,7 +411,12 @@ ZSPSC_API ZspStatus zspsPreemphasize_32f_I(float factor, float* srcDst, int32_t 
  */
 ZSPSC_API ZspStatus zspsSBADPCMEncodeStateSize_G722_16s(int32_t* size);
 
-/** As zspsSBADPCMEncodeStateSize_G722_16s(), for a decoder. */
+/**
+ * As zspsSBADPCMEncodeStateSize_G722_16s(), for a decoder.
+ *
+ * @param[out] size  144
+ * @retval zspStsNullPtrErr  size is null
+ */
 ZSPSC_API ZspStatus zspsSBADPCMDecodeStateSize_G722_16s(int32_t* size);
 
 /**
@@ -382,7 +427,12 @@ ZSPSC_API ZspStatus zspsSBADPCMDecodeStateSize_G722_16s(int32_t* size);
  */
 ZSPSC_API ZspStatus zspsSBADPCMEncodeInit_G722_16s(void* state);
 
-/** As zspsSBADPCMEncodeInit_G722_16s(), for a decoder. */
+/**
+ * As zspsSBADPCMEncodeInit_G722_16s(), for a decoder.
+ *
+ * @param[out] state  144 bytes at any address
+ * @retval zspStsNullPtrErr  state is null
+ */
 ZSPSC_API ZspStatus zspsSBADPCMDecodeInit_G722_16s(void* state);
 
 /**
@@ -466,10 +516,14 @@ ZSPSC_API ZspStatus zspsQMFEncode_G722_16s(const int16_t* src, int16_t* dst, int
 ZSPSC_API ZspStatus zspsQMFDecode_G722_16s(const int16_t* src, int16_t* dst, int32_t len,
                                            int16_t* delayLine);
 
+/** @} */
+
 /* ---------------------------------------------------------------------------------------------- */
 /* G.726 ADPCM                                                                                    */
 
-/*
+/**
+ * @defgroup zspsc_g726 G.726 ADPCM
+ *
  * ITU-T G.726 adaptive differential PCM for one channel, at 16, 24, 32 and 40 kbit/s. Encoder and
  * decoder are independent: ask for the state's size, provide a buffer of that size at any address,
  * initialise it, then code blocks of any length. A stream gives the same result however it is
@@ -478,6 +532,7 @@ ZSPSC_API ZspStatus zspsQMFDecode_G722_16s(const int16_t* src, int16_t* dst, int
  *
  * A code word takes one byte. It stands in the low 2, 3, 4 or 5 bits, the upper bits are zero; its
  * top bit is the sign of the coded difference.
+ * @{
  */
 
 /** The rates that the initialisers accept. */
@@ -568,13 +623,18 @@ ZSPSC_API ZspStatus zspsDecodeInit_G726_8u16s(void* state, int32_t rate, int32_t
 ZSPSC_API ZspStatus zspsDecode_G726_8u16s(void* state, const uint8_t* src, int16_t* dst,
                                           int32_t len);
 
+/** @} */
+
 /* ---------------------------------------------------------------------------------------------- */
 /* G.729 filters and conversions                                                                  */
 
-/*
+/**
+ * @defgroup zspsc_g729 G.729 filters and conversions
+ *
  * The high-pass filter and the LSP-to-LSF conversion of ITU-T G.729, in the Recommendation's fixed-
  * point arithmetic. The filter's state lies where the caller put it, at any address, and may be
  * copied; encoder and decoder need one each.
+ * @{
  */
 
 /**
@@ -585,10 +645,20 @@ ZSPSC_API ZspStatus zspsDecode_G726_8u16s(void* state, const uint8_t* src, int16
  */
 ZSPSC_API ZspStatus zspsHighPassFilterSize_G729(int32_t* size);
 
-/** As zspsHighPassFilterSize_G729(): the high-pass filter of ITU-T G.729.1 has the same size. */
+/**
+ * As zspsHighPassFilterSize_G729(): the high-pass filter of ITU-T G.729.1 has the same size.
+ *
+ * @param[out] size  24
+ * @retval zspStsNullPtrErr  size is null
+ */
 ZSPSC_API ZspStatus zspsFilterHighpassGetStateSize_G7291_16s(int32_t* size);
 
-/** As zspsHighPassFilterSize_G729(): AMR-WB's adaptive codebook decoding has the same size. */
+/**
+ * As zspsHighPassFilterSize_G729(): AMR-WB's adaptive codebook decoding has the same size.
+ *
+ * @param[out] size  24
+ * @retval zspStsNullPtrErr  size is null
+ */
 ZSPSC_API ZspStatus zspsAdaptiveCodebookDecodeGetSize_AMRWB_16s(int32_t* size);
 
 /**
@@ -653,14 +723,21 @@ ZSPSC_API ZspStatus zspsLSPToLSF_G729_16s(const int16_t* src, int16_t* dst);
  */
 ZSPSC_API ZspStatus zspsLSPToLSF_Norm_G729_16s(const int16_t* src, int16_t* dst);
 
+/** @} */
+
 /* ---------------------------------------------------------------------------------------------- */
 /* GSM-AMR voice activity detection and DTX                                                       */
 
-/* In the encoder's order: the open-loop pitch search, the detector, the handler with the detector's
+/**
+ * @defgroup zspsc_gsmamr GSM-AMR voice activity detection and DTX
+ *
+ * In the encoder's order: the open-loop pitch search, the detector, the handler with the detector's
  * flag; every frame goes into the encoder's buffer. The records are the caller's: plain data that
  * may be copied, at any address. Frames are 160 samples of 8 kHz linear PCM, 20 ms.
  *
- * Words of flags hold those of the last 15 frames, the newest in 0x4000, the oldest in 1. */
+ * Words of flags hold those of the last 15 frames, the newest in 0x4000, the oldest in 1.
+ * @{
+ */
 
 /** State of zspsVAD1_GSMAMR_16s(), 116 bytes. Before the first frame the caller sets old_level,
  *  ave_level and bckr_est to 150 in every band, corr_hp_fast to 13106 and all else to 0. Bands
@@ -828,11 +905,18 @@ ZSPSC_API ZspStatus zspsPreemphasize_GSMAMR_16s(int16_t factor, const int16_t* s
  */
 ZSPSC_API ZspStatus zspsFFTFwd_RToPerm_GSMAMR_16s_I(int16_t* srcDst);
 
+/** @} */
+
 /* ---------------------------------------------------------------------------------------------- */
 /* AMR-WB voice activity detection                                                                */
 
-/* The record is the caller's: plain data that may be copied, at any address. Init makes it ready
- * for the first frame; the word of tone flags is kept outside of it. */
+/**
+ * @defgroup zspsc_amrwb_vad AMR-WB voice activity detection
+ *
+ * The record is the caller's: plain data that may be copied, at any address. Init makes it ready
+ * for the first frame; the word of tone flags is kept outside of it.
+ * @{
+ */
 
 /** State of zspsVAD_AMRWB_16s(), 172 bytes. Bands begin at 0, 200, 400, 600, 800, 1200, 1600, 2000,
  *  2400, 3200, 4000 and 4800 Hz. */
@@ -899,12 +983,19 @@ ZSPSC_API ZspStatus zspsVAD_AMRWB_16s(const int16_t* frame, VadWbState* state, i
  */
 ZSPSC_API ZspStatus zspsVADGetEnergyLevel_AMRWB_16s(const VadWbState* state, int16_t* levels);
 
+/** @} */
+
 /* ---------------------------------------------------------------------------------------------- */
 /* AMR-WB immittance spectral frequencies                                                         */
 
-/* Immittance spectral frequencies (ISF) of AMR-WB: 0..16383 stands for 0..6400 Hz, a vector has 16
+/**
+ * @defgroup zspsc_amrwb_isf AMR-WB immittance spectral frequencies
+ *
+ * Immittance spectral frequencies (ISF) of AMR-WB: 0..16383 stands for 0..6400 Hz, a vector has 16
  * elements in ascending order, and the last one is kept at half scale. Immittance spectral pairs
- * (ISP) are their cosines, Q15. No state. */
+ * (ISP) are their cosines, Q15. No state.
+ * @{
+ */
 
 /**
  * Immittance spectral frequencies to pairs, by interpolation in a cosine table of 128 steps.
@@ -971,10 +1062,14 @@ ZSPSC_API ZspStatus zspsISFQuantDTX_AMRWB_16s(const int16_t* isf, int16_t* quant
  */
 ZSPSC_API ZspStatus zspsISFQuantDecodeDTX_AMRWB_16s(const int16_t* indices, int16_t* isf);
 
+/** @} */
+
 /* ---------------------------------------------------------------------------------------------- */
 /* Echo cancellation: sub-band filter bank                                                        */
 
-/*
+/**
+ * @defgroup zspsc_subband Echo cancellation: sub-band filter bank
+ *
  * A weighted overlap-add filter bank with fftLen = 2^order equally spaced bands, of which the bins
  * 0 .. fftLen/2 are kept. A frame brings frameSize new samples (the hop).
  *
@@ -983,6 +1078,7 @@ ZSPSC_API ZspStatus zspsISFQuantDecodeDTX_AMRWB_16s(const int16_t* indices, int1
  * boundary of the buffer given, for which the reported size has room; so does the work buffer,
  * whose content need not be kept between calls and which many states may share. Initialising again
  * restarts; for the first windowLen / frameSize frames the output is settling.
+ * @{
  */
 
 /**
@@ -993,9 +1089,9 @@ ZSPSC_API ZspStatus zspsISFQuantDecodeDTX_AMRWB_16s(const int16_t* indices, int1
  * @param[out] stateSize    one value: the state
  * @param[out] initBufSize  one value: the buffer that the initialisation needs; 0 for no buffer
  * @param[out] workBufSize  one value: the buffer that analysis and synthesis need
- * @retval zspStsBadArgErr   order < 1 or windowLen < 1
+ * @retval zspStsBadArgErr   order < 1 or windowLen < 1; after the pointers also: windowLen is not a
+ *                           multiple of 2^order, or a size does not fit 32 bits
  * @retval zspStsNullPtrErr  stateSize, initBufSize or workBufSize is null
- * @retval zspStsBadArgErr   windowLen is not a multiple of 2^order, or a size does not fit 32 bits
  */
 ZSPSC_API ZspStatus zspsSubbandProcessGetSize_32f(int32_t order, int32_t windowLen,
                                                   int32_t* stateSize, int32_t* initBufSize,
@@ -1013,10 +1109,10 @@ ZSPSC_API ZspStatus zspsSubbandProcessGetSize_32f(int32_t order, int32_t windowL
  * @param      windowLen  taps of the window, a multiple of 2^order
  * @param[in]  window     windowLen taps, which the state copies; null for a built-in window
  * @param      initBuf    at least initBufSize bytes; may be null when that is 0
- * @retval zspStsBadArgErr    order < 1, frameSize not in 1 .. 2^order or windowLen < 1
+ * @retval zspStsBadArgErr    order < 1, frameSize not in 1 .. 2^order or windowLen < 1; after the
+ *                            pointer also: windowLen is not a multiple of 2^order, or window is null
+ *                            and the shape has no built-in window
  * @retval zspStsNullPtrErr   state is null
- * @retval zspStsBadArgErr    windowLen is not a multiple of 2^order
- * @retval zspStsBadArgErr    window is null and the shape has no built-in window
  * @retval zspStsInternalErr  order > 27: there is no transform of this length
  */
 ZSPSC_API ZspStatus zspsSubbandProcessInit_32f(void* state, int32_t order, int32_t frameSize,
@@ -1067,9 +1163,9 @@ ZSPSC_API ZspStatus zspsSubbandSynthesis_32fc32f(const Zsp32fc* src, float* dst,
  * @param[out] stateSize    one value: the state
  * @param[out] initBufSize  one value: the buffer that the initialisation needs; 0 for no buffer
  * @param[out] workBufSize  one value: the buffer that analysis and synthesis need
- * @retval zspStsBadArgErr   order < 1 or windowLen < 1
+ * @retval zspStsBadArgErr   order < 1 or windowLen < 1; after the pointers also: windowLen is not a
+ *                           multiple of 2^order, or a size does not fit 32 bits
  * @retval zspStsNullPtrErr  stateSize, initBufSize or workBufSize is null
- * @retval zspStsBadArgErr   windowLen is not a multiple of 2^order, or a size does not fit 32 bits
  */
 ZSPSC_API ZspStatus zspsSubbandProcessGetSize_16s(int32_t order, int32_t windowLen,
                                                   int32_t* stateSize, int32_t* initBufSize,
@@ -1085,10 +1181,10 @@ ZSPSC_API ZspStatus zspsSubbandProcessGetSize_16s(int32_t order, int32_t windowL
  * @param      windowLen  taps of the window, a multiple of 2^order
  * @param[in]  window     windowLen taps in Q13, which the state copies; null for a built-in window
  * @param      initBuf    at least initBufSize bytes; may be null when that is 0
- * @retval zspStsBadArgErr    order < 1, frameSize not in 1 .. 2^order or windowLen < 1
+ * @retval zspStsBadArgErr    order < 1, frameSize not in 1 .. 2^order or windowLen < 1; after the
+ *                            pointer also: windowLen is not a multiple of 2^order, or window is null
+ *                            and the shape has no built-in window
  * @retval zspStsNullPtrErr   state is null
- * @retval zspStsBadArgErr    windowLen is not a multiple of 2^order
- * @retval zspStsBadArgErr    window is null and the shape has no built-in window
  * @retval zspStsInternalErr  order > 27: there is no transform of this length
  */
 ZSPSC_API ZspStatus zspsSubbandProcessInit_16s(void* state, int32_t order, int32_t frameSize,
@@ -1138,10 +1234,14 @@ ZSPSC_API ZspStatus zspsSubbandAnalysis_16s32sc_Sfs(const int16_t* src, Zsp32sc*
 ZSPSC_API ZspStatus zspsSubbandSynthesis_32sc16s_Sfs(const Zsp32sc* src, int16_t* dst, void* state,
                                                      int32_t scaleFactor, void* workBuf);
 
+/** @} */
+
 /* ---------------------------------------------------------------------------------------------- */
 /* Echo cancellation: sub-band controller                                                         */
 
-/*
+/**
+ * @defgroup zspsc_controller Echo cancellation: sub-band controller
+ *
  * Steers a sub-band echo canceller that runs two echo-path filters in every bin of the filter bank:
  * one that adapts in every frame, and a fixed copy. Per bin the controller gives the adaptive
  * filter's step size, saves its taps into the fixed filter when it has become better, and restores
@@ -1156,6 +1256,7 @@ ZSPSC_API ZspStatus zspsSubbandSynthesis_32sc16s_Sfs(const Zsp32sc* src, int16_t
  * has room, and holds pointers into itself: it must not be moved or copied. Smoothers have the form
  * v = a v + (1-a) new with a(T) = 1 + x + x^2/2, x = -frameSize / (sampleFreq T). All sums are in
  * single precision.
+ * @{
  */
 
 /**
@@ -1260,13 +1361,18 @@ ZSPSC_API ZspStatus zspsSubbandController_EC_32f(const Zsp32fc* adaptErr, const 
                                                  Zsp32fc** adaptCoefs, Zsp32fc** fixedCoefs,
                                                  float* adaptFactor, void* state);
 
+/** @} */
+
 /* ---------------------------------------------------------------------------------------------- */
 /* Echo cancellation: disabling-tone detector                                                     */
 
-/*
+/**
+ * @defgroup zspsc_tone Echo cancellation: disabling-tone detector
+ *
  * Detects the 2100 Hz answer tone with phase reversals by which modems disable echo cancellers.
  * There is no reset: initialising again restarts. The state starts at the first 16-byte boundary of
  * the buffer given, for which the reported size has room.
+ * @{
  */
 
 /**
@@ -1308,8 +1414,18 @@ ZSPSC_API ZspStatus zspsToneDetectInit_EC_32f(void* state, int32_t sampleFreq);
 ZSPSC_API ZspStatus zspsToneDetect_EC_32f(const float* src, int32_t len, int32_t* result,
                                           void* state);
 
+/** @} */
+
 /* ---------------------------------------------------------------------------------------------- */
 /* G.169 automatic level control                                                                  */
+
+/**
+ * @defgroup zspsc_alc G.169 automatic level control
+ *
+ * Brings active speech to a target level in the sense of ITU-T G.169: the gain rises slowly, falls
+ * at once, and keeps every sample below a peak limit.
+ * @{
+ */
 
 /**
  * State of the automatic level control: 124 bytes, at any address.
@@ -1415,6 +1531,8 @@ ZSPSC_API ZspStatus zspsALCSetLevel_G169_16s(float targetDb, float peakDb, ZspAl
  */
 ZSPSC_API ZspStatus zspsALC_G169_16s(const int16_t* src, int16_t* dst, int32_t len,
                                      ZspAlcState_G169* state);
+
+/** @} */
 
 #ifdef __cplusplus
 }
