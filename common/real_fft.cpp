@@ -1,10 +1,28 @@
-// Real FFT of N points: a complex FFT of N/2 points, even samples as real and odd samples as
-// imaginary parts, and one pass that separates the two.
+// Real FFT of N points by a complex FFT of M = N/2 points.
+//
+// Even samples are the real and odd samples the imaginary parts of the complex transform Z; then
+//
+//   bins[k] = (Z[k] + conj Z[M-k]) / 2 + h[k] (Z[k] - conj Z[M-k]),   h[k] = -i/2 e^(-2 pi i k / N)
+//
+// separates the two spectra. Backwards the same formula with conj h merges them, bins and Z
+// exchanged, into half of Z.
+//
+// The complex transform works on rows of eight: point n = 8 r + c stands in lane c of row r. It
+// transforms all columns at once, multiplies by e^(-2 pi i c k / M), k the row after that, and
+// transforms the rows, eight at a time after a transposition. With real and imaginary parts
+// exchanged on the way in and out, it is the inverse transform.
+//
+// Taking eight complex numbers apart into real and imaginary parts leaves them in the lane order
+// 0 1 4 5 2 3 6 7, here called split order. Rows are in split order until they are transformed;
+// tables and the row transform allow for that.
 
 #include "real_fft.hpp"
 
+#include "avx2.hpp"
 #include "state.hpp"
 
+#include <algorithm>
+#include <array>
 #include <cassert>
 #include <cmath>
 #include <cstddef>
@@ -15,123 +33,677 @@ namespace zsp::common {
 
 namespace {
 
-std::size_t points(int order) noexcept
+struct Complex8 {
+    __m256 re, im;
+};
+
+struct Complex4 {
+    __m128 re, im;
+};
+
+// Adds, subtracts and multiplies either width.
+
+inline Complex8 operator+(Complex8 a, Complex8 b) noexcept
 {
-    return std::size_t{1} << order;
+    return {_mm256_add_ps(a.re, b.re), _mm256_add_ps(a.im, b.im)};
 }
 
-Zsp32fc operator+(Zsp32fc a, Zsp32fc b) noexcept
+inline Complex8 operator-(Complex8 a, Complex8 b) noexcept
 {
-    return {a.re + b.re, a.im + b.im};
+    return {_mm256_sub_ps(a.re, b.re), _mm256_sub_ps(a.im, b.im)};
 }
 
-Zsp32fc operator-(Zsp32fc a, Zsp32fc b) noexcept
+inline Complex8 operator*(Complex8 a, Complex8 b) noexcept
 {
-    return {a.re - b.re, a.im - b.im};
+    return {_mm256_fmsub_ps(a.re, b.re, _mm256_mul_ps(a.im, b.im)),
+            _mm256_fmadd_ps(a.re, b.im, _mm256_mul_ps(a.im, b.re))};
 }
 
-Zsp32fc operator*(Zsp32fc a, Zsp32fc b) noexcept
+inline Complex4 operator+(Complex4 a, Complex4 b) noexcept
 {
-    return {a.re * b.re - a.im * b.im, a.re * b.im + a.im * b.re};
+    return {_mm_add_ps(a.re, b.re), _mm_add_ps(a.im, b.im)};
 }
 
-Zsp32fc conj(Zsp32fc a) noexcept
+inline Complex4 operator-(Complex4 a, Complex4 b) noexcept
 {
-    return {a.re, -a.im};
+    return {_mm_sub_ps(a.re, b.re), _mm_sub_ps(a.im, b.im)};
 }
 
-/// e^(-2 pi i k / n)
-Zsp32fc root(std::size_t k, std::size_t n) noexcept
+inline Complex4 operator*(Complex4 a, Complex4 b) noexcept
 {
-    const double angle = 2 * std::numbers::pi * static_cast<double>(k) / static_cast<double>(n);
-    return {static_cast<float>(std::cos(angle)), static_cast<float>(-std::sin(angle))};
+    return {_mm_fmsub_ps(a.re, b.re, _mm_mul_ps(a.im, b.im)),
+            _mm_fmadd_ps(a.re, b.im, _mm_mul_ps(a.im, b.re))};
 }
 
-Zsp32fc swapped(Zsp32fc a) noexcept
+/// a + i b
+inline Complex8 plusI(Complex8 a, Complex8 b) noexcept
+{
+    return {_mm256_sub_ps(a.re, b.im), _mm256_add_ps(a.im, b.re)};
+}
+
+/// a - i b
+inline Complex8 minusI(Complex8 a, Complex8 b) noexcept
+{
+    return {_mm256_add_ps(a.re, b.im), _mm256_sub_ps(a.im, b.re)};
+}
+
+inline Complex4 plusI(Complex4 a, Complex4 b) noexcept
+{
+    return {_mm_sub_ps(a.re, b.im), _mm_add_ps(a.im, b.re)};
+}
+
+inline Complex4 minusI(Complex4 a, Complex4 b) noexcept
+{
+    return {_mm_add_ps(a.re, b.im), _mm_sub_ps(a.im, b.re)};
+}
+
+inline Complex8 swapped(Complex8 a) noexcept
 {
     return {a.im, a.re};
 }
 
-// Complex FFT of n points in natural order (Stockham). Returns the one of x and y with the result.
-Zsp32fc* complexFft(Zsp32fc* x, Zsp32fc* y, std::size_t n, const Zsp32fc* roots) noexcept
+/// Transform of four points in place, in natural order.
+template <typename Complex>
+inline void radix4(Complex& a, Complex& b, Complex& c, Complex& d) noexcept
 {
-    const std::size_t all = n;
-    for (std::size_t stride = 1; n > 1; n /= 2, stride *= 2) {
-        const std::size_t half = n / 2;
-        for (std::size_t p = 0; p < half; ++p) {
-            const Zsp32fc w = roots[2 * p * (all / n)];
+    const Complex sumAc = a + c, difAc = a - c, sumBd = b + d, difBd = b - d;
+    a = sumAc + sumBd;
+    b = minusI(difAc, difBd);
+    c = sumAc - sumBd;
+    d = plusI(difAc, difBd);
+}
+
+// Loads and stores. A row is eight real parts and eight imaginary parts.
+
+inline Complex8 loadRow(const float* p) noexcept
+{
+    return {avx2::load(p), avx2::load(p + 8)};
+}
+
+inline void storeRow(float* p, Complex8 v) noexcept
+{
+    avx2::store(p, v.re);
+    avx2::store(p + 8, v.im);
+}
+
+/// Eight complex numbers, into split order.
+inline Complex8 loadSplit(const float* p) noexcept
+{
+    const __m256 low = avx2::load(p), high = avx2::load(p + 8);
+    return {_mm256_shuffle_ps(low, high, 0x88), _mm256_shuffle_ps(low, high, 0xdd)};
+}
+
+/// Eight complex numbers read backwards, into split order.
+inline Complex8 loadSplitReversed(const float* p) noexcept
+{
+    const __m256 low = avx2::load(p), high = avx2::load(p + 8);
+    const __m256 first = _mm256_permute2f128_ps(high, high, 1); // 6 7 4 5
+    const __m256 second = _mm256_permute2f128_ps(low, low, 1);  // 2 3 0 1
+    return {_mm256_shuffle_ps(first, second, 0x22), _mm256_shuffle_ps(first, second, 0x77)};
+}
+
+/// Eight complex numbers from natural order.
+inline void storeComplex(float* p, Complex8 v) noexcept
+{
+    const __m256 low = _mm256_unpacklo_ps(v.re, v.im);  // 0 1 4 5
+    const __m256 high = _mm256_unpackhi_ps(v.re, v.im); // 2 3 6 7
+    avx2::store(p, _mm256_permute2f128_ps(low, high, 0x20));
+    avx2::store(p + 8, _mm256_permute2f128_ps(low, high, 0x31));
+}
+
+inline __m256 reversed(__m256 v) noexcept
+{
+    return _mm256_permutevar8x32_ps(v, _mm256_setr_epi32(7, 6, 5, 4, 3, 2, 1, 0));
+}
+
+/// a/2 + conj b/2 + h (a - conj b): eight values of one spectrum from those of the other, where b
+/// are the values at M-k.
+inline Complex8 separate(Complex8 a, Complex8 b, Complex8 h) noexcept
+{
+    const __m256 half = _mm256_set1_ps(0.5F);
+    const Complex8 difference = {_mm256_sub_ps(a.re, b.re), _mm256_add_ps(a.im, b.im)};
+    const Complex8 q = difference * h;
+    return {_mm256_fmadd_ps(_mm256_add_ps(a.re, b.re), half, q.re),
+            _mm256_fmadd_ps(_mm256_sub_ps(a.im, b.im), half, q.im)};
+}
+
+// The complex transform of 8 R points, R = 8 and more
+
+/// Transforms of all columns: R rows from `load(r)` into the one of x and y that is returned, in
+/// natural order (Stockham's).
+template <typename Load>
+float* transformColumns(std::size_t rows, const float* roots, Load load, float* x,
+                        float* y) noexcept
+{
+    const auto pass = [&](std::size_t n, std::size_t stride, auto from, float* to) {
+        for (std::size_t p = 0; p < n / 4; ++p) {
+            // e^(-2 pi i p j / n) for j = 1 .. 3
+            const auto root = [&](std::size_t j) {
+                const float* w = &roots[2 * p * j * stride];
+                return Complex8{_mm256_broadcast_ss(w), _mm256_broadcast_ss(w + 1)};
+            };
+            const Complex8 w1 = root(1), w2 = root(2), w3 = root(3);
             for (std::size_t q = 0; q < stride; ++q) {
-                const Zsp32fc a = x[q + stride * p];
-                const Zsp32fc b = x[q + stride * (p + half)];
-                y[q + stride * 2 * p] = a + b;
-                y[q + stride * (2 * p + 1)] = (a - b) * w;
+                const std::size_t r = q + stride * p, quarter = stride * n / 4;
+                Complex8 a = from(r), b = from(r + quarter), c = from(r + 2 * quarter),
+                         d = from(r + 3 * quarter);
+                radix4(a, b, c, d);
+                float* out = &to[16 * (q + stride * 4 * p)];
+                storeRow(out, a);
+                storeRow(out + 16 * stride, b * w1);
+                storeRow(out + 32 * stride, c * w2);
+                storeRow(out + 48 * stride, d * w3);
             }
+        }
+    };
+    pass(rows, 1, load, x);
+    std::size_t n = rows / 4, stride = 4;
+    for (; n >= 4; n /= 4, stride *= 4) {
+        pass(
+            n, stride, [x](std::size_t r) { return loadRow(&x[16 * r]); }, y);
+        std::swap(x, y);
+    }
+    if (n == 2) {
+        for (std::size_t q = 0; q < stride; ++q) {
+            const Complex8 a = loadRow(&x[16 * q]), b = loadRow(&x[16 * (q + stride)]);
+            storeRow(&y[16 * q], a + b);
+            storeRow(&y[16 * (q + stride)], a - b);
         }
         std::swap(x, y);
     }
     return x;
 }
 
+inline void transpose8(__m256 (&v)[8]) noexcept
+{
+    __m256 pairs[8], quads[8];
+    for (std::size_t i = 0; i < 8; i += 2) {
+        pairs[i] = _mm256_unpacklo_ps(v[i], v[i + 1]);
+        pairs[i + 1] = _mm256_unpackhi_ps(v[i], v[i + 1]);
+    }
+    for (std::size_t i = 0; i < 8; i += 4)
+        for (std::size_t j = 0; j < 2; ++j) {
+            quads[i + 2 * j] = _mm256_shuffle_ps(pairs[i + j], pairs[i + j + 2], 0x44);
+            quads[i + 2 * j + 1] = _mm256_shuffle_ps(pairs[i + j], pairs[i + j + 2], 0xee);
+        }
+    for (std::size_t i = 0; i < 4; ++i) {
+        v[i] = _mm256_permute2f128_ps(quads[i], quads[i + 4], 0x20);
+        v[i + 4] = _mm256_permute2f128_ps(quads[i], quads[i + 4], 0x31);
+    }
+}
+
+/// Transform of eight points given in split order, into natural order.
+inline void radix8(std::array<Complex8, 8>& v) noexcept
+{
+    Complex8 e0 = v[0], e1 = v[4], e2 = v[2], e3 = v[6]; // points 0 2 4 6
+    Complex8 o0 = v[1], o1 = v[5], o2 = v[3], o3 = v[7]; // points 1 3 5 7
+    radix4(e0, e1, e2, e3);
+    radix4(o0, o1, o2, o3);
+    const __m256 s = _mm256_set1_ps(std::numbers::sqrt2_v<float> / 2);
+    o1 = {_mm256_mul_ps(s, _mm256_add_ps(o1.re, o1.im)),
+          _mm256_mul_ps(s, _mm256_sub_ps(o1.im, o1.re))}; // e^(-i pi/4)
+    const __m256 minusS = _mm256_set1_ps(-std::numbers::sqrt2_v<float> / 2);
+    o3 = {_mm256_mul_ps(s, _mm256_sub_ps(o3.im, o3.re)),
+          _mm256_mul_ps(minusS, _mm256_add_ps(o3.re, o3.im))}; // e^(-3 i pi/4)
+    v = {e0 + o0, e1 + o1, minusI(e2, o2), e3 + o3, e0 - o0, e1 - o1, plusI(e2, o2), e3 - o3};
+}
+
+/// Transforms of the rows. `store(k, v)` takes points k .. k+7 of the whole transform.
+template <typename Store>
+void transformRows(std::size_t rows, const float* x, const float* lanes, Store store) noexcept
+{
+    for (std::size_t r = 0; r < rows; r += 8) {
+        __m256 re[8], im[8];
+        for (std::size_t i = 0; i < 8; ++i) {
+            const std::size_t at = 16 * (r + i);
+            const Complex8 turned = loadRow(&x[at]) * loadRow(&lanes[at]);
+            re[i] = turned.re;
+            im[i] = turned.im;
+        }
+        transpose8(re);
+        transpose8(im);
+        std::array<Complex8, 8> v;
+        for (std::size_t i = 0; i < 8; ++i)
+            v[i] = {re[i], im[i]};
+        radix8(v);
+        for (std::size_t i = 0; i < 8; ++i)
+            store(r + rows * i, v[i]);
+    }
+}
+
+// The complex transform of 32 points: four rows, which are also the vectors after transposition
+
+inline void transpose4(__m256 (&v)[4]) noexcept // in each 128-bit half
+{
+    const __m256 a = _mm256_unpacklo_ps(v[0], v[1]), b = _mm256_unpackhi_ps(v[0], v[1]);
+    const __m256 c = _mm256_unpacklo_ps(v[2], v[3]), d = _mm256_unpackhi_ps(v[2], v[3]);
+    v[0] = _mm256_shuffle_ps(a, c, 0x44);
+    v[1] = _mm256_shuffle_ps(a, c, 0xee);
+    v[2] = _mm256_shuffle_ps(b, d, 0x44);
+    v[3] = _mm256_shuffle_ps(b, d, 0xee);
+}
+
+/// Rows in split order, into points in natural order.
+inline void transform32(std::array<Complex8, 4>& z, const float* lanes) noexcept
+{
+    radix4(z[0], z[1], z[2], z[3]);
+    for (std::size_t k = 1; k < 4; ++k)
+        z[k] = z[k] * loadRow(&lanes[16 * k]);
+
+    // Columns 0 and 2, 1 and 3, 4 and 6, 5 and 7 in the halves of a vector, k in a half's lanes
+    __m256 re[4] = {z[0].re, z[1].re, z[2].re, z[3].re};
+    __m256 im[4] = {z[0].im, z[1].im, z[2].im, z[3].im};
+    transpose4(re);
+    transpose4(im);
+    const Complex8 c02 = {re[0], im[0]}, c13 = {re[1], im[1]};
+    const Complex8 c46 = {re[2], im[2]}, c57 = {re[3], im[3]};
+
+    // Transforms of eight columns by bits of the column number: 4, then 2 with the bit that the
+    // first gave in the halves, then 1.
+    const auto acrossHalves = [](Complex8 even, Complex8 odd, Complex8& sum, Complex8& difference) {
+        const __m256 sign = _mm256_setr_ps(1, 1, 1, 1, -1, -1, -1, -1);
+        const Complex8 low = {_mm256_permute2f128_ps(even.re, odd.re, 0x20),
+                              _mm256_permute2f128_ps(even.im, odd.im, 0x20)};
+        // -i times the upper half of `odd`; the sign of its imaginary part comes with the sum
+        const Complex8 high = {_mm256_permute2f128_ps(even.re, odd.im, 0x31),
+                               _mm256_permute2f128_ps(even.im, odd.re, 0x31)};
+        sum = {_mm256_add_ps(low.re, high.re), _mm256_fmadd_ps(high.im, sign, low.im)};
+        difference = {_mm256_sub_ps(low.re, high.re), _mm256_fnmadd_ps(high.im, sign, low.im)};
+    };
+    Complex8 even0, even2, odd0, odd2; // columns 0 2 4 6 and 1 3 5 7
+    acrossHalves(c02 + c46, c02 - c46, even0, even2);
+    acrossHalves(c13 + c57, c13 - c57, odd0, odd2);
+
+    constexpr float s = std::numbers::sqrt2_v<float> / 2; // e^(-i pi j/4), j = 0 1 and 2 3
+    odd0 = odd0 * Complex8{_mm256_setr_ps(1, 1, 1, 1, s, s, s, s),
+                           _mm256_setr_ps(0, 0, 0, 0, -s, -s, -s, -s)};
+    odd2 = odd2 * Complex8{_mm256_setr_ps(0, 0, 0, 0, -s, -s, -s, -s),
+                           _mm256_setr_ps(-1, -1, -1, -1, -s, -s, -s, -s)};
+    z = {even0 + odd0, even2 + odd2, even0 - odd0, even2 - odd2};
+}
+
+// The complex transform of 16 points: a square of four
+
+/// Both in natural order.
+inline void transform16(std::array<Complex4, 4>& z, const float* factors) noexcept
+{
+    radix4(z[0], z[1], z[2], z[3]);
+    for (std::size_t k = 1; k < 4; ++k) {
+        const float* w = &factors[8 * k];
+        z[k] = z[k] * Complex4{_mm_loadu_ps(w), _mm_loadu_ps(w + 4)};
+    }
+    _MM_TRANSPOSE4_PS(z[0].re, z[1].re, z[2].re, z[3].re);
+    _MM_TRANSPOSE4_PS(z[0].im, z[1].im, z[2].im, z[3].im);
+    radix4(z[0], z[1], z[2], z[3]);
+}
+
+/// The points M-k of a transform whose rows are in registers, for the points k of row r.
+template <std::size_t R>
+inline Complex8 mirrored(const std::array<Complex8, R>& z, std::size_t r) noexcept
+{
+    const auto turn = [](__m256 v) { // 0 7 6 5 4 3 2 1
+        return _mm256_permutevar8x32_ps(v, _mm256_setr_epi32(0, 7, 6, 5, 4, 3, 2, 1));
+    };
+    const Complex8 first = z[(R - r) % R], others = z[R - 1 - r];
+    return {_mm256_blend_ps(turn(others.re), first.re, 1),
+            _mm256_blend_ps(turn(others.im), first.im, 1)};
+}
+
+template <std::size_t R>
+inline void separateRows(const std::array<Complex8, R>& z, const float* separation,
+                         float* bins) noexcept
+{
+    for (std::size_t r = 0; r < R; ++r)
+        storeComplex(&bins[16 * r], separate(z[r], mirrored(z, r), loadRow(&separation[16 * r])));
+    // Z[0] = Z[M]: the two spectra's first points, both real
+    const __m128 re = _mm256_castps256_ps128(z[0].re), im = _mm256_castps256_ps128(z[0].im);
+    bins[1] = 0;
+    bins[16 * R] = _mm_cvtss_f32(_mm_sub_ss(re, im));
+    bins[16 * R + 1] = 0;
+}
+
+/// Row r of the merged spectra, halved, in split order and with its parts exchanged.
+inline Complex8 mergedRow(const float* bins, const float* merging, std::size_t half,
+                          std::size_t r) noexcept
+{
+    Complex8 a = loadSplit(&bins[16 * r]);
+    Complex8 b = loadSplitReversed(&bins[2 * (half - 8 * r - 7)]);
+    if (r == 0) { // the imaginary parts of the first and the last bin do not count
+        a.im = _mm256_blend_ps(a.im, _mm256_setzero_ps(), 1);
+        b.im = _mm256_blend_ps(b.im, _mm256_setzero_ps(), 1);
+    }
+    return swapped(separate(a, b, loadRow(&merging[16 * r])));
+}
+
+// Transforms of 2 to 16 points: products with the matrix of the transform, whose rows belong to
+// inputs and are padded to whole vectors.
+
+constexpr int kMaxMatrixOrder = 4;
+
+constexpr std::size_t paddedTo8(std::size_t count) noexcept
+{
+    return (count + 7) & ~std::size_t{7};
+}
+
+/// Adds in[j] times row j for all j, or for all but the second and the last.
+template <std::size_t inputs, std::size_t outputs, bool withoutEnds>
+void multiplyMatrix(const float* in, const float* matrix, float* out) noexcept
+{
+    constexpr std::size_t width = paddedTo8(outputs), vectors = width / 8;
+    __m256 even[vectors] = {}, odd[vectors] = {}; // two short chains of additions
+    const auto addRow = [in, matrix](std::size_t j, __m256(&sums)[vectors]) {
+        for (std::size_t v = 0; v < vectors; ++v)
+            sums[v] = _mm256_fmadd_ps(_mm256_set1_ps(in[j]), avx2::load(&matrix[width * j + 8 * v]),
+                                      sums[v]);
+    };
+    for (std::size_t j = 0; j < inputs; j += 2) {
+        addRow(j, even);
+        if (!withoutEnds || (j > 0 && j + 2 < inputs)) addRow(j + 1, odd);
+    }
+    alignas(32) float sums[width];
+    for (std::size_t v = 0; v < vectors; ++v)
+        avx2::store(&sums[8 * v], _mm256_add_ps(even[v], odd[v]));
+    std::copy_n(sums, outputs, out);
+}
+
+template <std::size_t n>
+void forwardShort(const RealFftPlan& plan, const float* time, float* bins) noexcept
+{
+    multiplyMatrix<n, n + 2, false>(time, plan.separation, bins);
+}
+
+/// The imaginary parts of the first and the last bin do not count.
+template <std::size_t n>
+void inverseShort(const RealFftPlan& plan, const float* bins, float* time) noexcept
+{
+    multiplyMatrix<n + 2, n, true>(bins, plan.merging, time);
+}
+
+// Sizes and tables
+
+std::size_t points(int order) noexcept
+{
+    return std::size_t{1} << order;
+}
+
+/// Floats of each table of a plan.
+struct TableSizes {
+    std::size_t separation, merging, lanes, columns;
+
+    explicit TableSizes(int order) noexcept
+    {
+        const std::size_t n = points(order);
+        if (order <= kMaxMatrixOrder) { // the matrices forwards and backwards
+            separation = n * paddedTo8(n + 2);
+            merging = (n + 2) * paddedTo8(n);
+            lanes = columns = 0;
+        } else {
+            separation = merging = lanes = n;
+            columns = n / 8;
+        }
+    }
+
+    std::size_t sum() const noexcept { return separation + merging + lanes + columns; }
+};
+
+struct Root {
+    double re, im;
+};
+
+/// e^(-2 pi i k / n), exact at the quarters.
+Root root(std::size_t k, std::size_t n) noexcept
+{
+    k %= n;
+    if (4 * k % n == 0) {
+        constexpr Root kQuarters[] = {{1, 0}, {0, -1}, {-1, 0}, {0, 1}};
+        return kQuarters[4 * k / n];
+    }
+    const double angle = 2 * std::numbers::pi * static_cast<double>(k) / static_cast<double>(n);
+    return {std::cos(angle), -std::sin(angle)};
+}
+
+/// Factors factor(k), k = 0 .. count-1, in vectors of `width` with the real parts first; `order` is
+/// that of the lanes.
+template <std::size_t width, typename Factor>
+void fillVectors(float* table, std::size_t count, const std::array<std::size_t, width>& order,
+                 Factor factor) noexcept
+{
+    for (std::size_t k = 0; k < count; k += width)
+        for (std::size_t lane = 0; lane < width; ++lane) {
+            const Root f = factor(k + order[lane]);
+            table[2 * k + lane] = static_cast<float>(f.re);
+            table[2 * k + width + lane] = static_cast<float>(f.im);
+        }
+}
+
+constexpr std::array<std::size_t, 4> kNatural4 = {0, 1, 2, 3};
+constexpr std::array<std::size_t, 8> kNatural = {0, 1, 2, 3, 4, 5, 6, 7};
+constexpr std::array<std::size_t, 8> kSplit = {0, 1, 4, 5, 2, 3, 6, 7};
+
+void fillMatrices(std::size_t n, float* forward, float* inverse) noexcept
+{
+    const std::size_t half = n / 2, binsWidth = paddedTo8(n + 2), timeWidth = paddedTo8(n);
+    for (std::size_t k = 0; k <= half; ++k)
+        for (std::size_t i = 0; i < n; ++i) {
+            const Root w = root(i * k, n);
+            const double weight = (k == 0 || k == half ? 1.0 : 2.0) / static_cast<double>(n);
+            forward[binsWidth * i + 2 * k] = static_cast<float>(w.re);
+            forward[binsWidth * i + 2 * k + 1] = static_cast<float>(w.im);
+            inverse[timeWidth * 2 * k + i] = static_cast<float>(weight * w.re);
+            inverse[timeWidth * (2 * k + 1) + i] = static_cast<float>(weight * w.im);
+        }
+}
+
+/// Both tables of separate().
+void fillSeparation(std::size_t n, float* separation, float* merging) noexcept
+{
+    const auto factor = [n](std::size_t k) {
+        const Root w = root(k, n);
+        return Root{w.im / 2, -w.re / 2}; // -i/2 w
+    };
+    fillVectors(separation, n / 2, kNatural, factor);
+    fillVectors(merging, n / 2, kSplit, [&](std::size_t k) {
+        return Root{factor(k).re, -factor(k).im};
+    });
+}
+
+void fillTables(int order, float* separation, float* merging, float* lanes, float* columns) noexcept
+{
+    const std::size_t n = points(order), half = n / 2;
+    if (order <= kMaxMatrixOrder) return fillMatrices(n, separation, merging);
+    fillSeparation(n, separation, merging);
+    if (order == 5) {
+        fillVectors(lanes, 16, kNatural4, [](std::size_t i) { return root(i % 4 * (i / 4), 16); });
+        return;
+    }
+    fillVectors(lanes, half, kSplit, [half](std::size_t i) { return root(i % 8 * (i / 8), half); });
+    for (std::size_t r = 0; r < half / 8; ++r) {
+        columns[2 * r] = static_cast<float>(root(r, half / 8).re);
+        columns[2 * r + 1] = static_cast<float>(root(r, half / 8).im);
+    }
+}
+
+// Whole transforms by order
+
+void forward32(const RealFftPlan& plan, const float* time, float* bins) noexcept
+{
+    std::array<Complex4, 4> z;
+    for (std::size_t r = 0; r < 4; ++r) {
+        const __m128 low = _mm_loadu_ps(&time[8 * r]), high = _mm_loadu_ps(&time[8 * r + 4]);
+        z[r] = {_mm_shuffle_ps(low, high, 0x88), _mm_shuffle_ps(low, high, 0xdd)};
+    }
+    transform16(z, plan.lanes);
+    const std::array<Complex8, 2> rows = {
+        Complex8{_mm256_set_m128(z[1].re, z[0].re), _mm256_set_m128(z[1].im, z[0].im)},
+        Complex8{_mm256_set_m128(z[3].re, z[2].re), _mm256_set_m128(z[3].im, z[2].im)}};
+    separateRows(rows, plan.separation, bins);
+}
+
+void inverse32(const RealFftPlan& plan, const float* bins, float* time) noexcept
+{
+    std::array<Complex4, 4> z;
+    for (std::size_t r = 0; r < 2; ++r) {
+        const Complex8 row = mergedRow(bins, plan.merging, 16, r);
+        const auto natural = [](__m256 v) {
+            return _mm256_castpd_ps(_mm256_permute4x64_pd(_mm256_castps_pd(v), 0xd8));
+        };
+        const __m256 re = natural(row.re), im = natural(row.im);
+        z[2 * r] = {_mm256_castps256_ps128(re), _mm256_castps256_ps128(im)};
+        z[2 * r + 1] = {_mm256_extractf128_ps(re, 1), _mm256_extractf128_ps(im, 1)};
+    }
+    transform16(z, plan.lanes);
+    const __m128 scale = _mm_set1_ps(1.0F / 16);
+    for (std::size_t r = 0; r < 4; ++r) {
+        const __m128 even = _mm_mul_ps(z[r].im, scale), odd = _mm_mul_ps(z[r].re, scale);
+        _mm_storeu_ps(&time[8 * r], _mm_unpacklo_ps(even, odd));
+        _mm_storeu_ps(&time[8 * r + 4], _mm_unpackhi_ps(even, odd));
+    }
+}
+
+void forward64(const RealFftPlan& plan, const float* time, float* bins) noexcept
+{
+    std::array<Complex8, 4> z;
+    for (std::size_t r = 0; r < 4; ++r)
+        z[r] = loadSplit(&time[16 * r]);
+    transform32(z, plan.lanes);
+    separateRows(z, plan.separation, bins);
+}
+
+/// Points n .. n+7 of an inverse transform, whose parts are still exchanged.
+inline void storeTime(float* time, std::size_t n, Complex8 v, __m256 scale) noexcept
+{
+    storeComplex(&time[2 * n], {_mm256_mul_ps(v.im, scale), _mm256_mul_ps(v.re, scale)});
+}
+
+void inverse64(const RealFftPlan& plan, const float* bins, float* time) noexcept
+{
+    std::array<Complex8, 4> z;
+    for (std::size_t r = 0; r < 4; ++r)
+        z[r] = mergedRow(bins, plan.merging, 32, r);
+    transform32(z, plan.lanes);
+    for (std::size_t r = 0; r < 4; ++r)
+        storeTime(time, 8 * r, z[r], _mm256_set1_ps(1.0F / 32));
+}
+
+/// Two arrays of rows, which are also the parts of a transform with one more point.
+struct Buffers {
+    Buffers(float* work, std::size_t half) noexcept
+        : first(static_cast<float*>(alignUp(work, kFftAlignment))), second(first + 2 * half + 16)
+    {
+    }
+
+    float* other(const float* one) const noexcept { return one == first ? second : first; }
+
+    float* first;
+    float* second;
+};
+
+void forwardLong(const RealFftPlan& plan, const float* time, float* bins, float* work) noexcept
+{
+    const std::size_t half = points(plan.order) / 2, rows = half / 8;
+    const Buffers buffers(work, half);
+    const float* columns = transformColumns(
+        rows, plan.columns, [time](std::size_t r) { return loadSplit(&time[16 * r]); },
+        buffers.first, buffers.second);
+    float* re = buffers.other(columns);
+    float* im = re + half + 8;
+    transformRows(rows, columns, plan.lanes, [re, im](std::size_t k, Complex8 v) {
+        avx2::store(&re[k], v.re);
+        avx2::store(&im[k], v.im);
+    });
+    re[half] = re[0];
+    im[half] = im[0];
+    for (std::size_t k = 0; k < half; k += 8) {
+        const Complex8 a = {avx2::load(&re[k]), avx2::load(&im[k])};
+        const Complex8 b = {reversed(avx2::load(&re[half - 7 - k])),
+                            reversed(avx2::load(&im[half - 7 - k]))};
+        storeComplex(&bins[2 * k], separate(a, b, loadRow(&plan.separation[2 * k])));
+    }
+    bins[1] = 0;
+    bins[2 * half] = re[0] - im[0];
+    bins[2 * half + 1] = 0;
+}
+
+void inverseLong(const RealFftPlan& plan, const float* bins, float* time, float* work) noexcept
+{
+    const std::size_t half = points(plan.order) / 2, rows = half / 8;
+    const Buffers buffers(work, half);
+    const float* columns = transformColumns(
+        rows, plan.columns, [&](std::size_t r) { return mergedRow(bins, plan.merging, half, r); },
+        buffers.first, buffers.second);
+    const __m256 scale = _mm256_set1_ps(1 / static_cast<float>(half));
+    transformRows(rows, columns, plan.lanes,
+                  [&](std::size_t n, Complex8 v) { storeTime(time, n, v, scale); });
+}
+
 } // namespace
 
 std::int64_t realFftPlanSize(int order) noexcept
 {
-    const auto n = static_cast<std::int64_t>(points(order));
-    return static_cast<std::int64_t>(sizeof(RealFftPlan) + 3 * kFftAlignment) + 4 * n;
+    // Two alignments, one more for the tables, and the record
+    return static_cast<std::int64_t>(3 * kFftAlignment + sizeof(RealFftPlan) +
+                                     sizeof(float) * TableSizes(order).sum());
 }
 
 std::int64_t realFftWorkSize(int order) noexcept
 {
-    return 8 * static_cast<std::int64_t>(points(order)) +
-           static_cast<std::int64_t>(2 * kFftAlignment);
+    const std::size_t buffers = order <= 6 ? 0 : 2 * (points(order) + 16);
+    return static_cast<std::int64_t>(2 * kFftAlignment + sizeof(float) * buffers);
 }
 
 const RealFftPlan* initRealFft(void* storage, int order) noexcept
 {
     assert(1 <= order && order <= kMaxFftOrder);
-    const std::size_t n = points(order);
+    const TableSizes sizes(order);
     auto* plan = static_cast<RealFftPlan*>(alignUp(storage, kFftAlignment));
-    auto* factors = static_cast<Zsp32fc*>(alignUp(plan + 1, kFftAlignment));
-    for (std::size_t k = 0; k < n / 2; ++k)
-        factors[k] = root(k, n);
-    *plan = {order, &factors[0].re};
+    auto* separation = static_cast<float*>(alignUp(plan + 1, kFftAlignment));
+    float* merging = separation + sizes.separation;
+    float* lanes = merging + sizes.merging;
+    float* columns = lanes + sizes.lanes;
+    fillTables(order, separation, merging, lanes, columns);
+    *plan = {order, separation, merging, lanes, columns};
     return plan;
 }
 
 void realFftForward(const RealFftPlan& plan, InF time, OutBins bins, float* work) noexcept
 {
-    const std::size_t half = points(plan.order) / 2;
-    const auto* roots = reinterpret_cast<const Zsp32fc*>(plan.factors);
-    auto* x = reinterpret_cast<Zsp32fc*>(work);
-    for (std::size_t n = 0; n < half; ++n)
-        x[n] = {time[2 * n], time[2 * n + 1]};
-    const Zsp32fc* z = complexFft(x, x + half, half, roots);
-    bins[0] = {z[0].re + z[0].im, 0};
-    bins[half] = {z[0].re - z[0].im, 0};
-    for (std::size_t k = 1; k < half; ++k) {
-        const Zsp32fc even = z[k] + conj(z[half - k]);
-        const Zsp32fc odd = roots[k] * (z[k] - conj(z[half - k]));
-        bins[k] = {0.5F * (even.re + odd.im), 0.5F * (even.im - odd.re)};
+    float* out = &bins[0].re;
+    switch (plan.order) {
+    case 1:
+        return forwardShort<2>(plan, time.data(), out);
+    case 2:
+        return forwardShort<4>(plan, time.data(), out);
+    case 3:
+        return forwardShort<8>(plan, time.data(), out);
+    case 4:
+        return forwardShort<16>(plan, time.data(), out);
+    case 5:
+        return forward32(plan, time.data(), out);
+    case 6:
+        return forward64(plan, time.data(), out);
+    default:
+        return forwardLong(plan, time.data(), out, work);
     }
 }
 
 void realFftInverse(const RealFftPlan& plan, InBins bins, OutF time, float* work) noexcept
 {
-    const std::size_t half = points(plan.order) / 2;
-    const float scale = 1 / static_cast<float>(points(plan.order));
-    const auto* roots = reinterpret_cast<const Zsp32fc*>(plan.factors);
-    auto* x = reinterpret_cast<Zsp32fc*>(work);
-    // With real and imaginary parts exchanged, the forward transform is the inverse one.
-    x[0] = {bins[0].re - bins[half].re, bins[0].re + bins[half].re};
-    for (std::size_t k = 1; k < half; ++k) {
-        const Zsp32fc even = bins[k] + conj(bins[half - k]);
-        const Zsp32fc odd = (bins[k] - conj(bins[half - k])) * conj(roots[k]);
-        x[k] = swapped({even.re - odd.im, even.im + odd.re});
-    }
-    const Zsp32fc* z = complexFft(x, x + half, half, roots);
-    for (std::size_t n = 0; n < half; ++n) {
-        time[2 * n] = scale * z[n].im;
-        time[2 * n + 1] = scale * z[n].re;
+    const float* in = &bins[0].re;
+    switch (plan.order) {
+    case 1:
+        return inverseShort<2>(plan, in, time.data());
+    case 2:
+        return inverseShort<4>(plan, in, time.data());
+    case 3:
+        return inverseShort<8>(plan, in, time.data());
+    case 4:
+        return inverseShort<16>(plan, in, time.data());
+    case 5:
+        return inverse32(plan, in, time.data());
+    case 6:
+        return inverse64(plan, in, time.data());
+    default:
+        return inverseLong(plan, in, time.data(), work);
     }
 }
 

@@ -1,4 +1,4 @@
-// Real FFT of 2^order points in single precision. The caller gives the storage of a plan, which
+// Real FFT of N = 2^order points in single precision. The caller gives the storage of a plan, which
 // holds all factors, and a work area for each call.
 //
 //   forward   bins[k] = sum of time[n] e^(-2 pi i k n / N),   k = 0 .. N/2
@@ -23,15 +23,20 @@ using OutBins = std::span<Zsp32fc>;
 inline constexpr std::size_t kFftAlignment = 64;
 
 /// Larger transforms have sizes beyond 32 bits.
-inline constexpr int kMaxFftOrder = 27;
+inline constexpr int kMaxFftOrder = 26;
 
+/// Tables of factors; which of them a plan has depends on the order. Vectors of complex factors are
+/// stored as eight real parts and eight imaginary parts.
 struct RealFftPlan {
     std::int32_t order;
-    const float* factors;
+    const float* separation; // to separate the spectra of even and odd samples
+    const float* merging;    // to merge them
+    const float* lanes;      // between transforms of columns and of rows
+    const float* columns;    // inside the transforms of columns
 };
 
-/// Bytes of a plan's storage, with room for two alignments to kFftAlignment: its own and one of
-/// what stands before it. `order` is 1 to kMaxFftOrder.
+/// Bytes of a plan's storage, with room for two alignments to kFftAlignment: its own and one of what
+/// stands before it. `order` is 1 to kMaxFftOrder.
 std::int64_t realFftPlanSize(int order) noexcept;
 
 /// Bytes of a call's work area, with room for two alignments as well.

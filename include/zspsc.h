@@ -1084,7 +1084,7 @@ ZSPSC_API ZspStatus zspsISFQuantDecodeDTX_AMRWB_16s(const int16_t* indices, int1
 /**
  * Sizes of the buffers of the float filter bank, in bytes.
  *
- * @param      order        log2 of the transform length; up to 27 as far as the sizes fit 32 bits
+ * @param      order        log2 of the transform length; up to 26 as far as the sizes fit 32 bits
  * @param      windowLen    taps of the prototype window, a multiple of 2^order
  * @param[out] stateSize    one value: the state
  * @param[out] initBufSize  one value: the buffer that the initialisation needs; 0 for no buffer
@@ -1114,6 +1114,9 @@ ZSPSC_API ZspStatus zspsSubbandProcessGetSize_32f(int32_t order, int32_t windowL
  *                            and the shape has no built-in window
  * @retval zspStsNullPtrErr   state is null
  * @retval zspStsInternalErr  order > 27: there is no transform of this length
+ * @retval zspStsBadArgErr    windowLen is not a multiple of 2^order
+ * @retval zspStsBadArgErr    window is null and the shape has no built-in window
+ * @retval zspStsInternalErr  order > 26: there is no transform of this length
  */
 ZSPSC_API ZspStatus zspsSubbandProcessInit_32f(void* state, int32_t order, int32_t frameSize,
                                                int32_t windowLen, const float* window,
@@ -1158,7 +1161,7 @@ ZSPSC_API ZspStatus zspsSubbandSynthesis_32fc32f(const Zsp32fc* src, float* dst,
 /**
  * As zspsSubbandProcessGetSize_32f(), for the 16-bit filter bank.
  *
- * @param      order        log2 of the transform length; up to 27 as far as the sizes fit 32 bits
+ * @param      order        log2 of the transform length; up to 26 as far as the sizes fit 32 bits
  * @param      windowLen    taps of the prototype window, a multiple of 2^order
  * @param[out] stateSize    one value: the state
  * @param[out] initBufSize  one value: the buffer that the initialisation needs; 0 for no buffer
@@ -1186,6 +1189,9 @@ ZSPSC_API ZspStatus zspsSubbandProcessGetSize_16s(int32_t order, int32_t windowL
  *                            and the shape has no built-in window
  * @retval zspStsNullPtrErr   state is null
  * @retval zspStsInternalErr  order > 27: there is no transform of this length
+ * @retval zspStsBadArgErr    windowLen is not a multiple of 2^order
+ * @retval zspStsBadArgErr    window is null and the shape has no built-in window
+ * @retval zspStsInternalErr  order > 26: there is no transform of this length
  */
 ZSPSC_API ZspStatus zspsSubbandProcessInit_16s(void* state, int32_t order, int32_t frameSize,
                                                int32_t windowLen, const int16_t* window,

@@ -543,7 +543,7 @@ TEST(Subband, OrdersWithoutTransform)
 {
     std::vector<std::byte> state(4096, std::byte{0xA5});
     const auto before = state;
-    EXPECT_EQ(zspsSubbandProcessInit_32f(state.data(), 28, 1, 1 << 28, zsp::ec::kWindow128.data(),
+    EXPECT_EQ(zspsSubbandProcessInit_32f(state.data(), 27, 1, 1 << 27, zsp::ec::kWindow128.data(),
                                          nullptr),
               zspStsInternalErr);
     EXPECT_EQ(zspsSubbandProcessInit_16s(state.data(), 30, 1, 1 << 30,
