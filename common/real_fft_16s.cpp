@@ -6,6 +6,7 @@
 #include "avx2.hpp"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <limits>
@@ -20,10 +21,21 @@ std::size_t paddedTo64Bytes(std::size_t floats) noexcept
     return (floats + 15) & ~std::size_t{15};
 }
 
-/// Beyond 200 places every value has become 0 or -1/2 at most, or has saturated.
+/// 2^-scaleFactor. Within 200 places every value has become less than a half, or has saturated.
 double scaleOf(std::int32_t scaleFactor) noexcept
 {
-    return std::ldexp(1.0, -std::clamp(scaleFactor, -200, 200));
+    const std::int32_t places = std::clamp(scaleFactor, -200, 200);
+    return std::bit_cast<double>(static_cast<std::uint64_t>(1023 - places) << 52);
+}
+
+void store4(std::int32_t* p, __m128i v) noexcept
+{
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v);
+}
+
+void store4(std::int16_t* p, __m128i v) noexcept
+{
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_packs_epi32(v, v));
 }
 
 template <typename T>
@@ -45,10 +57,7 @@ void roundTo(InF from, double scale, std::span<T> to) noexcept
         const __m256d value = _mm256_cvtps_pd(_mm_loadu_ps(&from[i]));
         const __m256d rounded = _mm256_floor_pd(_mm256_add_pd(_mm256_mul_pd(value, vScale), half));
         const __m256d limited = _mm256_max_pd(low, _mm256_min_pd(high, rounded));
-        alignas(16) std::int32_t lanes[4];
-        _mm_store_si128(reinterpret_cast<__m128i*>(lanes), _mm256_cvttpd_epi32(limited));
-        for (std::size_t k = 0; k < 4; ++k)
-            to[i + k] = static_cast<T>(lanes[k]);
+        store4(&to[i], _mm256_cvttpd_epi32(limited));
     }
     for (; i < from.size(); ++i) {
         const double rounded = std::floor(static_cast<double>(from[i]) * scale + 0.5);

@@ -25,7 +25,7 @@ namespace zsp::ec {
 
 namespace {
 
-/// Window and delay line stand behind the record, then the transform's plan.
+/// The window stands behind the record, then the room of the delay line, then the transform's plan.
 struct State32f {
     using Sample = float;
 
@@ -60,12 +60,27 @@ constexpr std::int64_t roundUp16(std::int64_t bytes) noexcept
     return (bytes + 15) & ~std::int64_t{15};
 }
 
+/// The delay line moves on by one hop a frame in room for this many further samples, and only at
+/// its end goes back to the beginning.
+constexpr std::int64_t spareSamples(std::int64_t fftLen) noexcept
+{
+    return 4 * fftLen;
+}
+
+/// Bytes of all that depends on the order alone: the transform's plan and the spare room.
+template <typename Sample>
+std::int64_t planSize(std::int32_t order) noexcept
+{
+    const std::int64_t spare = spareSamples(std::int64_t{1} << order);
+    return common::realFftPlanSize(order) + spare * std::int64_t{sizeof(Sample)};
+}
+
 // Record, alignment of the state and of the work buffer to 16 bytes, and the areas. The plan's and
 // the transform's sizes have room for the alignment to 64 bytes that the areas get in fact.
 
 Sizes sizesOf(const State32f*, std::int32_t order, std::int64_t windowLen) noexcept
 {
-    return {.state = common::realFftPlanSize(order) + 8 * windowLen + 40 + 16,
+    return {.state = planSize<float>(order) + 8 * windowLen + 40 + 16,
             .initBuffer = 0,
             .workBuffer = common::realFftWorkSize(order) + (std::int64_t{4} << order) + 16};
 }
@@ -73,7 +88,7 @@ Sizes sizesOf(const State32f*, std::int32_t order, std::int64_t windowLen) noexc
 Sizes sizesOf(const State16s*, std::int32_t order, std::int64_t windowLen) noexcept
 {
     return {
-        .state = roundUp16(common::realFftPlanSize(order)) + 2 * roundUp16(2 * windowLen) + 48 + 16,
+        .state = roundUp16(planSize<std::int16_t>(order)) + 2 * roundUp16(2 * windowLen) + 48 + 16,
         .initBuffer = 0,
         .workBuffer = common::realFft16sWorkSize(order) + roundUp16(std::int64_t{4} << order) + 16};
 }
@@ -99,6 +114,14 @@ constexpr bool isBuiltIn(std::int32_t order, std::int32_t frameSize,
 {
     return (order == 5 && frameSize == 24 && windowLen == 128) ||
            (order == 6 && frameSize == 44 && windowLen == 256);
+}
+
+/// All the places that the delay line moves through.
+template <typename State>
+std::span<typename State::Sample> delayRoom(const State& s) noexcept
+{
+    auto* start = static_cast<typename State::Sample*>(alignUp(s.window + s.windowLen, 16));
+    return {start, static_cast<std::size_t>(s.windowLen + spareSamples(s.fftLen))};
 }
 
 template <typename State>
@@ -136,8 +159,9 @@ ZspStatus init(void* state, std::int32_t order, std::int32_t frameSize, std::int
     s->fftLen = std::int32_t{1} << order;
     s->frameSize = frameSize;
     s->window = static_cast<Sample*>(alignUp(s + 1, common::kFftAlignment));
-    s->delayLine = static_cast<Sample*>(alignUp(s->window + len, 16));
-    s->fft = common::initRealFft(s->delayLine + len, order);
+    const std::span<Sample> room = delayRoom(*s);
+    s->delayLine = room.data();
+    s->fft = common::initRealFft(room.data() + room.size(), order);
     if (!window) window = builtInWindow(s, order);
     copy(std::as_bytes(std::span{window, len}), std::as_writable_bytes(std::span{s->window, len}));
     zeroFill(std::as_writable_bytes(std::span{s->delayLine, len}));
@@ -149,39 +173,45 @@ template <typename State>
 struct Frame {
     using Sample = typename State::Sample;
 
-    Frame(void* state, void* workBuf) noexcept : Frame(*alignedState<State>(state), workBuf) {}
-
-    Frame(const State& s, void* workBuf) noexcept
-        : hop(static_cast<std::size_t>(s.frameSize)), n(static_cast<std::size_t>(s.fftLen)),
-          delay(s.delayLine, static_cast<std::size_t>(s.windowLen)), window(s.window, delay.size()),
+    Frame(void* state, void* workBuf) noexcept
+        : s(*alignedState<State>(state)), n(static_cast<std::size_t>(s.fftLen)),
+          window(s.window, static_cast<std::size_t>(s.windowLen)),
           block(static_cast<Sample*>(alignUp(workBuf, common::kFftAlignment)), n), fft(*s.fft),
           work(static_cast<float*>(alignUp(block.data() + n, common::kFftAlignment)))
     {
     }
 
-    /// Lets the oldest samples go, to make room for a frame at the end.
-    std::span<Sample> shift() const noexcept
+    /// Lets the oldest samples go and gives the delay line with a new frame's room at its end.
+    std::span<Sample> advance() const noexcept
     {
-        const std::size_t kept = delay.size() - hop;
-        std::memmove(delay.data(), delay.data() + hop, kept * sizeof(Sample));
-        return delay.last(hop);
+        const std::span<Sample> room = delayRoom(s);
+        Sample* moved = s.delayLine + s.frameSize;
+        if (moved + s.windowLen > room.data() + room.size()) {
+            const auto kept = static_cast<std::size_t>(s.windowLen - s.frameSize);
+            std::memmove(room.data(), moved, kept * sizeof(Sample));
+            moved = room.data();
+        }
+        s.delayLine = moved;
+        return {moved, window.size()};
     }
 
     void analyse(const Sample* src) const noexcept
     {
-        std::copy_n(src, hop, shift().begin());
+        const std::span<Sample> delay = advance();
+        std::copy_n(src, s.frameSize, delay.end() - s.frameSize);
         foldAvx2(delay, window, block);
     }
 
     void synthesise(Sample* dst) const noexcept
     {
-        std::ranges::fill(shift(), Sample{0});
+        const std::span<Sample> delay = advance();
+        std::fill_n(delay.end() - s.frameSize, s.frameSize, Sample{0});
         overlapAddAvx2(block, window, delay);
-        std::copy_n(delay.begin(), hop, dst);
+        std::copy_n(delay.begin(), s.frameSize, dst);
     }
 
-    std::size_t hop, n;
-    std::span<Sample> delay;
+    State& s;
+    std::size_t n;
     std::span<const Sample> window;
     std::span<Sample> block;
     const common::RealFftPlan& fft;
