@@ -136,8 +136,8 @@ BENCHMARK(analysisFftw)->Name("subbandAnalysis_32f/fftw")->Apply(shapes);
 template <typename Sample>
 using Loop = void (*)(std::span<const Sample>, std::span<const Sample>, std::span<Sample>) noexcept;
 
-template <typename Sample>
-void fold(benchmark::State& state, Loop<Sample> kernel)
+template <typename Sample, Loop<Sample> kernel>
+void fold(benchmark::State& state)
 {
     const auto words = zsp::bench::WordPool(1).next(512);
     const std::vector<Sample> delay(words.begin(), words.begin() + 256);
@@ -149,8 +149,8 @@ void fold(benchmark::State& state, Loop<Sample> kernel)
     }
 }
 
-template <typename Sample>
-void overlapAdd(benchmark::State& state, Loop<Sample> kernel)
+template <typename Sample, Loop<Sample> kernel>
+void overlapAdd(benchmark::State& state)
 {
     const auto words = zsp::bench::WordPool(1).next(512);
     const std::vector<Sample> time(words.begin(), words.begin() + 64);
@@ -166,16 +166,14 @@ using zsp::ec::foldAvx2, zsp::ec::foldScalar;
 using zsp::ec::overlapAddAvx2, zsp::ec::overlapAddScalar;
 using Words = std::int16_t;
 
-BENCHMARK_CAPTURE(fold<float>, definition, foldScalar)->Name("fold_32f/definition/256");
-BENCHMARK_CAPTURE(fold<float>, avx2, foldAvx2)->Name("fold_32f/avx2/256");
-BENCHMARK_CAPTURE(fold<Words>, definition, foldScalar)->Name("fold_16s/definition/256");
-BENCHMARK_CAPTURE(fold<Words>, avx2, foldAvx2)->Name("fold_16s/avx2/256");
-BENCHMARK_CAPTURE(overlapAdd<float>, avx2, overlapAddAvx2)->Name("overlapAdd_32f/avx2/256");
-BENCHMARK_CAPTURE(overlapAdd<float>, definition, overlapAddScalar)
-    ->Name("overlapAdd_32f/definition/256");
-BENCHMARK_CAPTURE(overlapAdd<Words>, avx2, overlapAddAvx2)->Name("overlapAdd_16s/avx2/256");
-BENCHMARK_CAPTURE(overlapAdd<Words>, definition, overlapAddScalar)
-    ->Name("overlapAdd_16s/definition/256");
+BENCHMARK(fold<float, foldScalar>)->Name("fold_32f/definition/256");
+BENCHMARK(fold<float, foldAvx2>)->Name("fold_32f/avx2/256");
+BENCHMARK(fold<Words, foldScalar>)->Name("fold_16s/definition/256");
+BENCHMARK(fold<Words, foldAvx2>)->Name("fold_16s/avx2/256");
+BENCHMARK(overlapAdd<float, overlapAddScalar>)->Name("overlapAdd_32f/definition/256");
+BENCHMARK(overlapAdd<float, overlapAddAvx2>)->Name("overlapAdd_32f/avx2/256");
+BENCHMARK(overlapAdd<Words, overlapAddScalar>)->Name("overlapAdd_16s/definition/256");
+BENCHMARK(overlapAdd<Words, overlapAddAvx2>)->Name("overlapAdd_16s/avx2/256");
 
 /// A controller of so many bins and taps on filters that neither save nor restore.
 struct Controller {
@@ -190,8 +188,7 @@ struct Controller {
             adapt.push_back(filters[2 * t].data());
             fixed.push_back(filters[2 * t + 1].data());
         }
-        pair = {filters[2 * taps].data(), filters[2 * taps + 1].data(), adapt.data(),
-                fixed.data()};
+        pair = {filters[2 * taps].data(), filters[2 * taps + 1].data(), adapt.data(), fixed.data()};
     }
 
     zsp::ec::ControllerState& state()
