@@ -1113,9 +1113,6 @@ ZSPSC_API ZspStatus zspsSubbandProcessGetSize_32f(int32_t order, int32_t windowL
  *                            pointer also: windowLen is not a multiple of 2^order, or window is null
  *                            and the shape has no built-in window
  * @retval zspStsNullPtrErr   state is null
- * @retval zspStsInternalErr  order > 27: there is no transform of this length
- * @retval zspStsBadArgErr    windowLen is not a multiple of 2^order
- * @retval zspStsBadArgErr    window is null and the shape has no built-in window
  * @retval zspStsInternalErr  order > 26: there is no transform of this length
  */
 ZSPSC_API ZspStatus zspsSubbandProcessInit_32f(void* state, int32_t order, int32_t frameSize,
@@ -1188,9 +1185,6 @@ ZSPSC_API ZspStatus zspsSubbandProcessGetSize_16s(int32_t order, int32_t windowL
  *                            pointer also: windowLen is not a multiple of 2^order, or window is null
  *                            and the shape has no built-in window
  * @retval zspStsNullPtrErr   state is null
- * @retval zspStsInternalErr  order > 27: there is no transform of this length
- * @retval zspStsBadArgErr    windowLen is not a multiple of 2^order
- * @retval zspStsBadArgErr    window is null and the shape has no built-in window
  * @retval zspStsInternalErr  order > 26: there is no transform of this length
  */
 ZSPSC_API ZspStatus zspsSubbandProcessInit_16s(void* state, int32_t order, int32_t frameSize,
