@@ -17,7 +17,7 @@ constexpr std::int32_t cosine_Q15(int i) noexcept
         term *= -angle * angle / (n * (n - 1));
         sum += term;
     }
-    return static_cast<std::int32_t>(32768 * sum + 0.5);
+    return static_cast<std::int32_t>(65536 * sum + 1) / 2; // rounded: the sum is not negative
 }
 static_assert(cosine_Q15(0) == 32768 && cosine_Q15(1) == 32758 && cosine_Q15(32) == 23170);
 static_assert(cosine_Q15(63) == 804 && cosine_Q15(64) == 0 && cosine_Q15(128) == -32768);

@@ -54,6 +54,14 @@ inline void store8(std::int16_t* p, __m128i v) noexcept
     _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v);
 }
 
+/// (a * b) >> 15 of words, whose upper and lower halves overlap by a bit. -32768 squared gives
+/// -32768, where the basic operation mult saturates.
+inline __m256i mult(__m256i a, __m256i b) noexcept
+{
+    return _mm256_or_si256(_mm256_slli_epi16(_mm256_mulhi_epi16(a, b), 1),
+                           _mm256_srli_epi16(_mm256_mullo_epi16(a, b), 15));
+}
+
 /// Sixteen words from two times eight 32-bit lanes, saturated, in order.
 inline __m256i packInOrder(__m256i lower, __m256i upper) noexcept
 {

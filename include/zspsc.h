@@ -837,8 +837,8 @@ ZSPSC_API ZspStatus zspsDecDTXBuffer_GSMAMR_16s(const int16_t* speech, const int
 /**
  * State of the voice activity detector, option 2. All zero before the first frame.
  *
- * Levels and SNRs in dB are Q8. Channel energies are Q9, or Q4 in scaling state 1; the channels are
- * 250 Hz wide at first (125 to 375 Hz) and up to 500 Hz at the top (3500 to 4000 Hz).
+ * Levels and SNRs in dB are Q8. Channel energies are Q9, or Q4 in scaling state 1. The channels
+ * begin at 125 Hz and get wider, from 125 to 500 Hz.
  */
 typedef struct Vad2State {
     int32_t ch_enrg[16];         /**< smoothed channel energies */

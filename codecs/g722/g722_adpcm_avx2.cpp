@@ -85,13 +85,6 @@ void store(const Predictors& v, State& state) noexcept
     single(&Band::s, v.s);
 }
 
-/// (x * y) >> 15, whose upper and lower halves overlap by a bit. Not for -32768 squared.
-__m256i mult(__m256i x, __m256i y) noexcept
-{
-    return _mm256_or_si256(_mm256_slli_epi16(_mm256_mulhi_epi16(x, y), 1),
-                           _mm256_srli_epi16(_mm256_mullo_epi16(x, y), 15));
-}
-
 /// mult(x, 32768 - 2^(15-n)) as x + ((-x) >> n).
 template <int n>
 __m256i leak(__m256i x) noexcept
@@ -147,7 +140,7 @@ void predict(Predictors& v, __m256i d) noexcept
     v.r1 = r;
 
     // FILTEZ: the terms one after the other in the lowest word of each half, the sixth first.
-    const __m256i term = mult(_mm256_add_epi16(v.d, v.d), v.b); // |d| <= 10228
+    const __m256i term = avx2::mult(_mm256_add_epi16(v.d, v.d), v.b); // |d| <= 10228
     __m256i sum = _mm256_adds_epi16(_mm256_srli_si256(term, 10), _mm256_srli_si256(term, 8));
     sum = _mm256_adds_epi16(sum, _mm256_srli_si256(term, 6));
     sum = _mm256_adds_epi16(sum, _mm256_srli_si256(term, 4));
@@ -156,8 +149,8 @@ void predict(Predictors& v, __m256i d) noexcept
     v.sz = firstWords(sum);
 
     // FILTEP and PREDIC. |a1| <= 27648 and |a2| <= 12288.
-    const __m256i sp = _mm256_adds_epi16(mult(v.a1, _mm256_adds_epi16(v.r1, v.r1)),
-                                         mult(v.a2, _mm256_adds_epi16(v.r2, v.r2)));
+    const __m256i sp = _mm256_adds_epi16(avx2::mult(v.a1, _mm256_adds_epi16(v.r1, v.r1)),
+                                         avx2::mult(v.a2, _mm256_adds_epi16(v.r2, v.r2)));
     v.s = _mm256_adds_epi16(sp, v.sz);
 }
 

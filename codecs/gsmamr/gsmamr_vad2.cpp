@@ -136,7 +136,7 @@ Mix longTermMix(Word snr, const Vad2State& s) noexcept
 }
 
 /// Background updates the noise at once; a spectrum that stays steady while its level is above the
-/// noise does so by force after a second or so.
+/// noise does so by force after half a second.
 bool wantsNoiseUpdate(Word metric, bool steady, Vad2State& s) noexcept
 {
     bool update = false;

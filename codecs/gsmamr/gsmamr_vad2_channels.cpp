@@ -119,13 +119,6 @@ void Vad2Scalar::updateNoise(InEnergies energies, int shift, Energies noise) noe
 
 namespace {
 
-/// mult() of words, the first of which is never -32768.
-__m256i mult(__m256i a, __m256i b) noexcept
-{
-    return _mm256_or_si256(_mm256_slli_epi16(_mm256_mulhi_epi16(a, b), 1),
-                           _mm256_srli_epi16(_mm256_mullo_epi16(a, b), 15));
-}
-
 /// mpy_32_16() of longs and of positive words in 32-bit lanes.
 __m256i mpy3216(__m256i a, __m256i word) noexcept
 {
@@ -312,7 +305,8 @@ Word Vad2Avx2::snrs(InLevels levels, InLevels noise, Levels snrs) noexcept
     const __m256i snr = _mm256_subs_epi16(avx2::load(levels.data()), avx2::load(noise.data()));
     avx2::store(snrs.data(), snr);
     const __m256i steps = _mm256_srai_epi16(
-        _mm256_add_epi16(mult(_mm256_set1_epi16(kSnrStep_Q15), snr), _mm256_set1_epi16(32)), 6);
+        _mm256_add_epi16(avx2::mult(_mm256_set1_epi16(kSnrStep_Q15), snr), _mm256_set1_epi16(32)),
+        6);
     alignas(32) std::array<Word, kChannels> index;
     avx2::store(index.data(), _mm256_min_epi16(_mm256_max_epi16(steps, _mm256_setzero_si256()),
                                                _mm256_set1_epi16(static_cast<Word>(kLastMetric))));

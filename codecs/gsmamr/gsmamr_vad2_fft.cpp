@@ -36,9 +36,8 @@ namespace {
 
 __m256i emphasised(__m256i factor, __m256i samples, __m256i previous) noexcept
 {
-    __m256i product = _mm256_or_si256(_mm256_slli_epi16(_mm256_mulhi_epi16(factor, previous), 1),
-                                      _mm256_srli_epi16(_mm256_mullo_epi16(factor, previous), 15));
-    // only -32768 squared gives -32768, which mult saturates
+    __m256i product = avx2::mult(factor, previous);
+    // nothing but -32768 squared gives -32768
     product = _mm256_xor_si256(product, _mm256_cmpeq_epi16(product, _mm256_set1_epi16(fx::kMin16)));
     return _mm256_adds_epi16(samples, product);
 }
@@ -158,15 +157,16 @@ void endBins(FftBlock block) noexcept
 void fftScalar(FftBlock block) noexcept
 {
     reverseBits(block);
-    for (std::size_t half = 1; half < kPoints; half *= 2)
-        for (std::size_t k = 0; k < half; ++k)
-            for (std::size_t i = k; i < kPoints; i += 2 * half) {
-                Complex a = at(block, i);
-                Complex b = at(block, i + half);
-                butterfly(a, b, kTwiddles_Q15[k * (kPoints / half)]);
-                put(block, i, a);
-                put(block, i + half, b);
-            }
+    for (std::size_t half = 1; half < kPoints; half *= 2) {
+        for (std::size_t i = 0; i < kPoints; ++i) {
+            if ((i & half) != 0) continue;
+            Complex a = at(block, i);
+            Complex b = at(block, i + half);
+            butterfly(a, b, kTwiddles_Q15[i % half * (kPoints / half)]);
+            put(block, i, a);
+            put(block, i + half, b);
+        }
+    }
     endBins(block);
     for (std::size_t i = 1; i <= kPoints / 2; ++i)
         separate(block, i);
@@ -204,7 +204,7 @@ struct LateTwiddles {
 constexpr LateTwiddles kLateTwiddles = [] {
     LateTwiddles table{};
     std::size_t n = 0;
-    for (std::size_t half = 8; half < kPoints; half *= 2)
+    for (std::size_t half = 8; half < kPoints; half *= 2) {
         for (std::size_t k = 0; k < half; ++k, n += 2) {
             const auto [c, s] = kTwiddles_Q15[k * (kPoints / half)];
             table.forMinusRe[n] = static_cast<Word>(-c);
@@ -212,6 +212,7 @@ constexpr LateTwiddles kLateTwiddles = [] {
             table.forIm[n] = s;
             table.forIm[n + 1] = c;
         }
+    }
     return table;
 }();
 
@@ -260,11 +261,12 @@ void transpose(__m256i (&v)[8]) noexcept
         pairs[i] = _mm256_unpacklo_epi32(v[i], v[i + 1]);
         pairs[i + 1] = _mm256_unpackhi_epi32(v[i], v[i + 1]);
     }
-    for (std::size_t i = 0; i < 8; i += 4)
-        for (std::size_t j = 0; j < 2; ++j) {
-            fours[i + 2 * j] = _mm256_unpacklo_epi64(pairs[i + j], pairs[i + j + 2]);
-            fours[i + 2 * j + 1] = _mm256_unpackhi_epi64(pairs[i + j], pairs[i + j + 2]);
-        }
+    for (std::size_t i = 0; i < 8; i += 4) {
+        fours[i] = _mm256_unpacklo_epi64(pairs[i], pairs[i + 2]);
+        fours[i + 1] = _mm256_unpackhi_epi64(pairs[i], pairs[i + 2]);
+        fours[i + 2] = _mm256_unpacklo_epi64(pairs[i + 1], pairs[i + 3]);
+        fours[i + 3] = _mm256_unpackhi_epi64(pairs[i + 1], pairs[i + 3]);
+    }
     for (std::size_t i = 0; i < 4; ++i) {
         v[i] = _mm256_permute2x128_si256(fours[i], fours[i + 4], 0x20);
         v[i + 4] = _mm256_permute2x128_si256(fours[i], fours[i + 4], 0x31);
