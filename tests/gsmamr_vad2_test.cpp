@@ -121,27 +121,46 @@ TEST(GsmamrVad2, PreEmphasis)
     }
 }
 
+// Full-scale square waves of one frequency and any phases, the even and the odd samples apart,
+// drive the sums of every stage into saturation, the last ones on both sides.
+Words squareWaves(Samples& samples)
+{
+    Words waves(kFftLength);
+    const double step = std::numbers::pi * samples.below(64) / 32;
+    for (const std::size_t odd : {0u, 1u}) {
+        const double phase = samples.below(1000) * 0.01;
+        for (std::size_t n = odd; n < kFftLength; n += 2)
+            waves[n] = std::cos(step * static_cast<double>(n / 2) + phase) < 0 ? -32768 : 32767;
+    }
+    return waves;
+}
+
 TEST(GsmamrVad2, FftAvx2EqualsDefinition)
 {
     Samples samples(3);
     for (int run = 0; run < 6000; ++run) {
-        Words want = samples.words(kFftLength);
-        // Full-scale waves drive single bins, and the last sums, into saturation.
-        const int bin = samples.below(65);
-        if (run % 3 == 1)
-            for (std::size_t n = 0; n < kFftLength; ++n)
-                want[n] = std::cos(std::numbers::pi * bin * static_cast<double>(n) / 64) +
-                                      (run % 2 ? 0.3 : 0.0) <
-                                  0
-                              ? -32768
-                              : 32767;
-        if (run % 3 == 2)
-            for (auto& sample : want)
-                sample = static_cast<std::int16_t>(samples.below(2) ? -32768 : 32767);
+        Words want = run % 2 ? squareWaves(samples) : samples.words(kFftLength);
         Words got = want;
         fftScalar(FftBlock{want.data(), kFftLength});
         fftAvx2(FftBlock{got.data(), kFftLength});
         expectEqual(got, want, "run " + std::to_string(run));
+    }
+}
+
+// Louder spectra than the detector's own.
+TEST(GsmamrVad2, EnergiesEqualDefinition)
+{
+    Samples samples(5);
+    for (int run = 0; run < 4000; ++run) {
+        const Words bins = samples.words(kFftLength);
+        const auto old = samples.longs(kChannels);
+        const int shift = static_cast<int>(samples.uniform(-14, 23));
+        std::vector<std::int32_t> want = old, got = old;
+        const Spectrum spectrum{bins.data(), kFftLength};
+        Vad2Scalar::smoothEnergies(spectrum, shift, {32767, 1}, 1,
+                                   Energies{want.data(), kChannels});
+        Vad2Avx2::smoothEnergies(spectrum, shift, {32767, 1}, 1, Energies{got.data(), kChannels});
+        expectEqual(got, want, "shift " + std::to_string(shift));
     }
 }
 
