@@ -2,7 +2,8 @@
 // poles and six zeros. The bands share nothing; they differ in quantiser and scale-factor range.
 //
 // Functions are the Recommendation's blocks (clause 6.2) under their own names, with words that
-// saturate after every operation. Coefficients are Q14 and enter mult() with a doubled signal.
+// saturate after every operation. Coefficients are Q14 and enter mult() with a doubled signal. The
+// versions with both bands in one vector are in g722_adpcm_avx2.cpp.
 
 #include "g722_adpcm.hpp"
 

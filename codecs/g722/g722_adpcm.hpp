@@ -2,6 +2,7 @@
 #pragma once
 
 #include "spans.hpp"
+#include "state.hpp"
 
 #include <array>
 #include <cstdint>
@@ -22,8 +23,8 @@ struct Band {
     std::int16_t p2 = 0;
     std::int16_t sz = 0;             ///< the zero predictor's part of the estimate
     std::int16_t s = 0;              ///< the estimate of the next sample
-    std::array<std::int16_t, 8> b{}; ///< zero predictor coefficients, Q14; the last two are unused
-    std::array<std::int16_t, 8> d{}; ///< quantised differences, newest first; likewise
+    std::array<std::int16_t, 8> b{}; ///< six zero predictor coefficients, Q14; the rest stays 0
+    std::array<std::int16_t, 8> d{}; ///< six quantised differences, newest first; the rest stays 0
 };
 
 inline constexpr std::int16_t kInitialDetl = 32;
@@ -37,6 +38,7 @@ static_assert(sizeof(State) == 104 && std::is_trivially_copyable_v<State>);
 
 /// What a caller provides: room for a record and the way to a 16-byte boundary.
 inline constexpr std::int32_t kStateSize = 144;
+static_assert(sizeof(State) + kStateSlack <= kStateSize);
 
 // Pairs are (lower band, higher band). Input and output have the same length, a whole number of
 // pairs, and may be the same memory.
