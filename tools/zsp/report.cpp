@@ -25,6 +25,8 @@ h1 { font-size: 30px; line-height: 1.2; margin: 0 0 8px; letter-spacing: -.01em;
 h2 { font-size: 21px; margin: 44px 0 6px; }
 h3 { font-size: 15px; margin: 0 0 2px; }
 p { margin: 0 0 12px; max-width: 74ch; color: var(--soft); }
+nav { display: flex; flex-wrap: wrap; gap: 4px 20px; font-size: 14px; }
+a { color: var(--c1); }
 .tiles { display: grid; grid-template-columns: repeat(auto-fit, minmax(150px, 1fr)); gap: 12px;
   margin: 20px 0; }
 .tile, .card { background: var(--card); border: 1px solid var(--rule); border-radius: 10px; }
@@ -73,7 +75,9 @@ Report::Report(std::string title, std::string summary)
 
 void Report::section(const std::string& title, const std::string& text)
 {
-    body_ += "<h2>" + escaped(title) + "</h2>\n" + paragraph(text);
+    sections_.push_back(title);
+    body_ +=
+        format("<h2 id=\"s%zu\">", sections_.size()) + escaped(title) + "</h2>\n" + paragraph(text);
 }
 
 void Report::tiles(const std::vector<Tile>& tiles)
@@ -124,11 +128,15 @@ void Report::players(const std::vector<Player>& players)
 
 void Report::write(const std::string& path) const
 {
+    std::string contents;
+    for (std::size_t i = 0; i < sections_.size() && sections_.size() > 1; ++i)
+        contents += format("<a href=\"#s%zu\">", i + 1) + escaped(sections_[i]) + "</a>";
     OutputFile file(path);
     file.write("<!doctype html>\n<html lang=\"en\"><head><meta charset=\"utf-8\">\n"
                "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>" +
                escaped(title_) + "</title><style>" + kStyle + "</style></head>\n<body><main><h1>" +
-               escaped(title_) + "</h1>\n" + paragraph(summary_) + body_ +
+               escaped(title_) + "</h1>\n" + paragraph(summary_) +
+               (contents.empty() ? "" : "<nav>" + contents + "</nav>\n") + body_ +
                "<footer>Written by zsp with library version " +
                escaped(zspscGetLibVersion()->versionText) + ".</footer></main></body></html>\n");
     file.commit();

@@ -13,6 +13,7 @@ class Report {
     /// `summary` says in a sentence or two what was done to what.
     Report(std::string title, std::string summary);
 
+    /// A heading; with more than one, links to them stand at the top.
     void section(const std::string& title, const std::string& text = "");
     /// A figure worth showing by itself.
     struct Tile {
@@ -35,6 +36,7 @@ class Report {
 
   private:
     std::string title_, summary_, body_;
+    std::vector<std::string> sections_;
 };
 
 } // namespace zsp::host
