@@ -529,7 +529,7 @@ TEST_F(Host, SaysWhenTheProcessorIsNotEnough)
 TEST_F(Host, DemoOnOwnSpeechInAnotherFormat)
 {
     put("stereo.wav", wavFile(someSignal(64000), 16000, 2));
-    const Outcome outcome = zsp("demo stereo.wav -o new/dir");
+    const Outcome outcome = zsp("demo - -o new/dir <stereo.wav");
     EXPECT_EQ(outcome.status, 0) << outcome.text;
     for (const char* text :
          {"mixing 2 channels", "converting 16000 Hz to 8000 Hz", "2.0 s at 8 kHz"})
@@ -544,6 +544,13 @@ TEST_F(Host, DemoOnOwnSpeechInAnotherFormat)
     EXPECT_EQ(html.find("://"), std::string::npos) << "the report needs no network";
     EXPECT_EQ(html.find(" nan"), std::string::npos);
     EXPECT_EQ(html.find(">nan"), std::string::npos);
+    // Silence, and hardly anything: no figure makes sense, but nothing breaks.
+    for (const std::size_t count : {4000u, 3u}) {
+        put("silence.wav", wavFile(Words(count)));
+        const Outcome silence = zsp("demo silence.wav -o silence");
+        EXPECT_EQ(silence.status, 0) << silence.text;
+        EXPECT_EQ(silence.text.find("nan"), std::string::npos) << silence.text;
+    }
 }
 
 } // namespace

@@ -370,7 +370,7 @@ Audio resampled(const Audio& audio, int rate)
     return result;
 }
 
-Audio readMono(AudioReader& reader, int rate)
+Audio readMono(AudioReader& reader)
 {
     const auto channels = static_cast<std::size_t>(reader.channels());
     Audio audio{{}, reader.rate()};
@@ -388,9 +388,14 @@ Audio readMono(AudioReader& reader, int rate)
     if (channels > 1)
         std::fprintf(stderr, "zsp: %s: mixing %zu channels down to one\n", reader.path().c_str(),
                      channels);
+    return audio;
+}
+
+Audio convertedTo(int rate, const Audio& audio, const std::string& path)
+{
     if (audio.rate != rate)
-        std::fprintf(stderr, "zsp: %s: converting %d Hz to %d Hz\n", reader.path().c_str(),
-                     audio.rate, rate);
+        std::fprintf(stderr, "zsp: %s: converting %d Hz to %d Hz\n", path.c_str(), audio.rate,
+                     rate);
     return resampled(audio, rate);
 }
 

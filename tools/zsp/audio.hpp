@@ -110,15 +110,16 @@ struct Audio {
     }
 };
 
-/// Reads everything, mixes channels down to one and converts the rate, saying so on standard error
-/// when there is something to convert.
-Audio readMono(AudioReader& reader, int rate);
+/// Reads everything and mixes channels down to one, saying so on standard error.
+Audio readMono(AudioReader& reader);
 
 /// As stored: all samples of the one channel at the file's rate; more channels are a Failure.
 Audio readAsStored(AudioReader& reader);
 
 /// The same signal at another rate.
 Audio resampled(const Audio& audio, int rate);
+/// The same, saying so on standard error when the rates differ.
+Audio convertedTo(int rate, const Audio& audio, const std::string& path);
 
 void writeWav(const std::string& path, std::span<const std::int16_t> samples, int rate);
 

@@ -17,10 +17,15 @@ namespace zsp::host {
 
 namespace {
 
-Audio userSpeech(const std::string& path, int rate)
+struct Speech {
+    Audio narrow, wide; // 8 kHz, 16 kHz
+};
+
+Speech userSpeech(const std::string& path)
 {
     AudioReader reader(path);
-    return readMono(reader, rate);
+    const Audio audio = readMono(reader);
+    return {convertedTo(8000, audio, path), convertedTo(16000, audio, path)};
 }
 
 } // namespace
@@ -44,8 +49,8 @@ void runDemo(const DemoOptions& options)
 {
     const bool bundled = options.input.empty();
     const std::string name = bundled ? "bundled telephone prompts" : options.input;
-    const Audio narrow = bundled ? bundledSpeech8k() : userSpeech(options.input, 8000);
-    const Audio wide = bundled ? bundledSpeech16k() : userSpeech(options.input, 16000);
+    const auto [narrow, wide] =
+        bundled ? Speech{bundledSpeech8k(), bundledSpeech16k()} : userSpeech(options.input);
 
     std::error_code error;
     std::filesystem::create_directories(options.directory, error);

@@ -72,6 +72,12 @@ Chart spectrogramChart(const Axis& time, const std::string& caption,
     return chart;
 }
 
+/// A ratio, unless there is nothing but silence.
+std::string ratioText(double db)
+{
+    return std::isnan(db) || db < -50 ? "-" : format("%.2f", db);
+}
+
 /// Table and sound files.
 void addFigures(const std::vector<Run>& runs, const std::string& name, const Audio& speech,
                 const std::string& directory, Report& report)
@@ -80,14 +86,13 @@ void addFigures(const std::vector<Run>& runs, const std::string& name, const Aud
     const std::string input = format("input-%dk.wav", speech.rate / 1000);
     writeWav(directory + "/" + input, speech.samples, speech.rate);
     std::vector<std::vector<std::string>> rows = {
-        {"Rate", "SNR", "Segmental SNR", "Encoding", "Decoding"}};
+        {"Rate", "SNR, dB", "Segmental SNR, dB", "Encoding", "Decoding"}};
     std::vector<Report::Player> players = {{input, "Input"}};
     for (const Run& run : runs) {
-        std::printf("  %6d %8.2f %14.2f %20.0f %20.0f\n", run.kbit, run.snr, run.segmentalSnr,
-                    run.encodeSpeed, run.decodeSpeed);
-        rows.push_back({format("%d kbit/s", run.kbit), format("%.2f dB", run.snr),
-                        format("%.2f dB", run.segmentalSnr),
-                        format("%.0f × real time", run.encodeSpeed),
+        std::printf("  %6d %8s %14s %20.0f %20.0f\n", run.kbit, ratioText(run.snr).c_str(),
+                    ratioText(run.segmentalSnr).c_str(), run.encodeSpeed, run.decodeSpeed);
+        rows.push_back({format("%d kbit/s", run.kbit), ratioText(run.snr),
+                        ratioText(run.segmentalSnr), format("%.0f × real time", run.encodeSpeed),
                         format("%.0f × real time", run.decodeSpeed)});
         const std::string file = name + format("-%d.wav", run.kbit);
         writeWav(directory + "/" + file, run.decoded, speech.rate);

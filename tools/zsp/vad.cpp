@@ -103,7 +103,7 @@ void writeReport(const VadTrack& track, const Audio& audio, const VadOptions& op
 void runVad(const VadOptions& options)
 {
     AudioReader reader(options.input);
-    const Audio audio = readMono(reader, reader.rate());
+    const Audio audio = readMono(reader);
     const VadTrack track = trackVoice(options.detector, audio);
     std::printf("%s: %.2f s at %d Hz, %s\n", options.input.c_str(), audio.seconds(), audio.rate,
                 std::string(nameOf(track.kind)).c_str());
