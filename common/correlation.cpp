@@ -20,6 +20,8 @@ namespace zsp::common {
 
 namespace {
 
+constexpr std::int64_t kMaxEnergy = 0x3fff'ffff; // the largest whose double fits 31 bits
+
 // The longest sequence for which the fast versions keep work arrays on the stack.
 constexpr std::size_t kMaxBlock = 512;
 
@@ -51,14 +53,16 @@ int normMShift(fx::Long largest) noexcept
     return 18 - std::min(16, fx::norm_l(largest));
 }
 
-// The sums at sixteen lags at once. Beyond the end of src1, the last fifteen words continue with
-// zeros in a copy, which serves all groups of lags.
+// The sums at sixteen lags at once. Beyond the end of src1, its last words continue with zeros in a
+// copy, which serves all groups of lags.
 class LagGroups {
   public:
     LagGroups(In16 src1, In16 src2) noexcept : src1_(src1), src2_(src2)
     {
-        const std::size_t count = std::min(kTail, src1.size());
-        std::ranges::copy(src1.last(count), &tail_[kTail - count]);
+        if (src1.size() >= kTail)
+            std::ranges::copy(src1.last<kTail>(), tail_.begin());
+        else
+            std::ranges::copy(src1, &tail_[kTail - src1.size()]);
     }
 
     /// The lags from `first`, which is below the length, to first + 15.
@@ -69,7 +73,7 @@ class LagGroups {
         const std::size_t rest = std::min(overlap, kTail);
         Sums sums;
         addLags(src2_.data(), src1_.data() + first, overlap - rest, sums);
-        addLags(src2_.data() + (overlap - rest), tail_.data() + (kTail - rest), rest, sums);
+        addLags(src2_.data() + (overlap - rest), &tail_[kTail - rest], rest, sums);
         return sums;
     }
 
@@ -77,8 +81,57 @@ class LagGroups {
     static constexpr std::size_t kTail = kLags - 1;
 
     In16 src1_, src2_;
-    alignas(32) std::array<std::int16_t, 2 * kTail + 2> tail_ = {};
+    alignas(32) std::array<std::int16_t, kTail + kLags> tail_ = {};
 };
+
+// The energy, which it returns, and lags 1 to kFew, 8 or 10, of at least 32 samples in one pass:
+// every lag has an accumulator of its own, which for so few of them is less work than sixteen lags
+// at once. Lags are modulo 2^32; the energy exceeds 2^30 - 1 if the true one does.
+template <int kFew>
+[[gnu::noinline]] std::int64_t fewLags(In16 src, std::array<fx::Long, kLags>& lags) noexcept
+{
+    // The last 16 to 31 samples make two blocks of a copy that continues with zeros.
+    constexpr std::size_t kTail = 31;
+    alignas(32) std::array<std::int16_t, kTail + 32> tail = {};
+    std::ranges::copy(src.last<kTail>(), tail.begin());
+    const std::size_t direct = (src.size() - 16) / 16 * 16;
+    const In16 parts[] = {src.first(direct), In16(tail).subspan(kTail - (src.size() - direct), 32)};
+
+    __m256i c1{}, c2{}, c3{}, c4{}, c5{}, c6{}, c7{}, c8{}, c9{}, c10{}; // each in its register
+    __m256i squares{}, seen{};
+    for (const In16 part : parts) {
+        const std::int16_t* const end = part.data() + part.size();
+        for (const std::int16_t* x = part.data(); x != end; x += 16) {
+            const __m256i words = avx2::load(x);
+            const auto add = [&](__m256i& c, int lag) {
+                c = _mm256_add_epi32(c, _mm256_madd_epi16(words, avx2::load(x + lag)));
+            };
+            add(squares, 0);
+            seen = _mm256_or_si256(seen, squares);
+            add(c1, 1);
+            add(c2, 2);
+            add(c3, 3);
+            add(c4, 4);
+            add(c5, 5);
+            add(c6, 6);
+            add(c7, 7);
+            add(c8, 8);
+            if constexpr (kFew == 10) {
+                add(c9, 9);
+                add(c10, 10);
+            }
+        }
+    }
+    const __m256i c[] = {c1, c2, c3, c4, c5, c6, c7, c8, c9, c10};
+    for (std::size_t i = 0; i < kFew; ++i)
+        lags[i] = avx2::sum32(c[i]);
+    // A step adds at most 2^31. A lane that never showed bit 30 or 31 has not wrapped.
+    const __m256i large = _mm256_srli_epi32(seen, 30);
+    if (!_mm256_testz_si256(large, large)) return std::int64_t{1} << 30;
+    const __m256i lowHalves = _mm256_set1_epi64x(0xffff'ffff);
+    return avx2::sum64(
+        _mm256_add_epi64(_mm256_and_si256(squares, lowHalves), _mm256_srli_epi64(squares, 32)));
+}
 
 } // namespace
 
@@ -98,21 +151,26 @@ bool autoCorrNormEScalar(In16 src, Out32 dst, std::int32_t& norm) noexcept
 
 bool autoCorrNormEAvx2(In16 src, Out32 dst, std::int32_t& norm) noexcept
 {
-    const fx::Long energy_Q1 = energyAvx2(src);
-    if (energy_Q1 == fx::kMax32) return false; // saturated: the energy is 2^30 or more
+    const std::size_t inside = std::min(dst.size(), src.size());
+    const bool few = inside <= 11 && src.size() >= 32; // the usual orders of linear prediction
+    alignas(32) std::array<fx::Long, kLags> lags;
+    const std::int64_t energy =
+        few ? (inside <= 9 ? fewLags<8> : fewLags<10>)(src, lags) : squareSumAvx2(src);
+    if (energy > kMaxEnergy) return false;
 
-    const fx::Long r0 = energy_Q1 + 1;
+    const auto r0 = static_cast<fx::Long>(2 * energy + 1);
     norm = fx::norm_l(r0);
     dst[0] = r0 << norm;
-    const std::size_t inside = std::min(dst.size(), src.size());
-    const LagGroups groups(src, src);
-    const __m128i shift = _mm_cvtsi32_si128(norm + 1);
-    for (std::size_t k = 1; k < inside; k += kLags) {
-        const auto sums = groups.from<WrappingSums>(k);
-        alignas(32) std::array<fx::Long, kLags> scaled;
-        avx2::store(&scaled[0], _mm256_sll_epi32(sums.low(), shift));
-        avx2::store(&scaled[8], _mm256_sll_epi32(sums.high(), shift));
-        std::copy_n(scaled.begin(), std::min(kLags, inside - k), &dst[k]);
+    if (few) {
+        for (std::size_t k = 1; k < inside; ++k)
+            dst[k] = 2 * lags[k - 1] * (1 << norm);
+    } else {
+        const LagGroups groups(src, src);
+        for (std::size_t k = 1; k < inside; k += kLags) {
+            groups.from<WrappingSums>(k).storeTo(lags);
+            for (std::size_t i = 0; i < std::min(kLags, inside - k); ++i)
+                dst[k + i] = 2 * lags[i] * (1 << norm);
+        }
     }
     std::ranges::fill(dst.subspan(inside), 0);
     return true;

@@ -43,6 +43,12 @@ struct WrappingSums {
         return _mm256_permute2x128_si256(_mm256_unpacklo_epi32(even, odd),
                                          _mm256_unpackhi_epi32(even, odd), 0x31);
     }
+
+    void storeTo(std::array<std::int32_t, kLags>& sums) const noexcept
+    {
+        avx2::store(&sums[0], low());
+        avx2::store(&sums[8], high());
+    }
 };
 
 /// Exact sums. A sum of two products lies in -2^31 + 2^16 .. 2^31, where vpmaddwd returns the upper
@@ -82,19 +88,36 @@ class ExactSums {
     std::int64_t pairs_ = 0;
 };
 
+/// The pair a[0], a[1] in every lane.
+inline __m256i broadcastPair(const std::int16_t* a) noexcept
+{
+    std::int32_t pair;
+    std::memcpy(&pair, a, sizeof pair);
+    return _mm256_set1_epi32(pair);
+}
+
 /// Adds the products of `count` words of `a`. Reads count + 15 words of `b`, none when count is 0.
 template <typename Sums>
 inline void addLags(const std::int16_t* a, const std::int16_t* b, std::size_t count,
                     Sums& sums) noexcept
 {
+    const auto add = [&](const std::int16_t* pair, __m256i even, __m256i odd) {
+        const __m256i both = broadcastPair(pair);
+        sums.add(_mm256_madd_epi16(both, even), _mm256_madd_epi16(both, odd));
+    };
     std::size_t i = 0;
-    for (; i + 2 <= count; i += 2) {
-        std::int32_t pair;
-        std::memcpy(&pair, a + i, sizeof pair);
-        const __m256i both = _mm256_set1_epi32(pair);
-        sums.add(_mm256_madd_epi16(both, avx2::load(b + i)),
-                 _mm256_madd_epi16(both, avx2::load(b + i + 1)));
+    // Two loads give the words at b + i to b + i + 7: vpalignr joins the lower lanes, which begin
+    // at b + i and b + i + 8, and likewise the upper ones. The second load takes the next nine
+    // samples.
+    for (; i + 8 < count; i += 8) {
+        const __m256i here = avx2::load(b + i), next = avx2::load(b + i + 8);
+        add(a + i, here, _mm256_alignr_epi8(next, here, 2));
+        add(a + i + 2, _mm256_alignr_epi8(next, here, 4), _mm256_alignr_epi8(next, here, 6));
+        add(a + i + 4, _mm256_alignr_epi8(next, here, 8), _mm256_alignr_epi8(next, here, 10));
+        add(a + i + 6, _mm256_alignr_epi8(next, here, 12), _mm256_alignr_epi8(next, here, 14));
     }
+    for (; i + 2 <= count; i += 2)
+        add(a + i, avx2::load(b + i), avx2::load(b + i + 1));
     if (i < count) {
         // The last word alone: against the lower words of the lanes, then against the upper ones.
         const __m256i one = _mm256_set1_epi32(a[i] & 0xffff);

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <cassert>
+#include <cstdlib>
 
 namespace zsp::common {
 
@@ -105,10 +106,10 @@ __m256i invSqrt(__m256i x) noexcept
 
 int blockNorm(In16 src) noexcept
 {
-    fx::Word largest = 0;
+    int largest = 0;
     for (const fx::Word x : src)
-        largest = std::max(largest, fx::abs_s(x));
-    return fx::norm_s(largest);
+        largest = std::max(largest, std::abs(int{x}));
+    return fx::norm_s(fx::sat16(largest));
 }
 
 void shiftBlock(In16 src, Out16 dst, int shift) noexcept
