@@ -32,6 +32,16 @@ class InPlace {
     T record_;
 };
 
+/// A copy of a record that is only read, from any address.
+template <typename T>
+T readRecord(const void* buffer) noexcept
+{
+    static_assert(std::is_trivially_copyable_v<T>);
+    T record;
+    std::memcpy(&record, buffer, sizeof(T));
+    return record;
+}
+
 /// Writes a fresh record to where the caller wants it, at any address.
 template <typename T>
 void placeRecord(void* buffer, const T& record) noexcept

@@ -39,13 +39,13 @@ constexpr fx::Word kSpeechLevelInit = 2050; // SPEECH_LEVEL_INIT
 // The threshold, in 1/128. Logarithms are the Q10 of ilog2().
 constexpr fx::Word kMinSpeechSnr_Q12 = 4096; // MIN_SPEECH_SNR
 constexpr fx::Word kNoiseSlope_Q15 = 1509;   // NO_SLOPE
-constexpr fx::Word kNoiseOrigin = 31744;     // ilog2(NO_P1), noise level 1
-constexpr fx::Word kThresholdBase = 768;     // NO_P1's threshold, THR_HIGH
+constexpr fx::Word kNoiseOrigin = 31744;     // ilog2(1), the lowest noise level
+constexpr fx::Word kThresholdBase = 768;     // THR_HIGH, the threshold there
 constexpr fx::Word kSpeechSlope_Q15 = -1339; // SP_SLOPE
-constexpr fx::Word kSpeechOrigin = 22527;    // ilog2(SP_P1)
-constexpr fx::Word kSpeechTermMin = -96;     // SP_CH_MIN
-constexpr fx::Word kSpeechTermMax = 96;      // SP_CH_MAX
-constexpr fx::Word kThresholdMin = 204;      // THR_MIN
+constexpr fx::Word kSpeechOrigin = 22527; // ilog2 of a quarter of the nominal speech level, 512.5
+constexpr fx::Word kSpeechTermMin = -96;  // SP_CH_MIN
+constexpr fx::Word kSpeechTermMax = 96;   // SP_CH_MAX
+constexpr fx::Word kThresholdMin = 204;   // THR_MIN
 
 // Burst and hangover lengths as functions of the threshold.
 constexpr fx::Word kBurstSlope_Q15 = 297;
@@ -239,9 +239,8 @@ ZspStatus zspsVADGetEnergyLevel_AMRWB_16s(const VadWbState* state, std::int16_t*
 {
     if (!state || !levels) return zspStsNullPtrErr;
 
-    const auto* record = reinterpret_cast<const std::byte*>(state);
-    std::memcpy(levels, record + offsetof(VadWbState, energy_level),
-                sizeof(VadWbState::energy_level));
+    const auto record = readRecord<VadWbState>(state);
+    std::ranges::copy(record.energy_level, levels);
     return zspStsNoErr;
 }
 

@@ -1,7 +1,6 @@
 // Noise estimate of the 3GPP voice activity detectors: SNR sum, update control, noise update.
 //
-// Levels are 3GPP TS 26.094's and 26.194's words; constants carry the names of those standards in
-// their comments.
+// The comments behind the constants are their names in TS 26.094 and 26.194.
 
 #include "background.hpp"
 
@@ -16,9 +15,9 @@ constexpr fx::Word kComplexStatCount = 5; // CAD_MIN_STAT_COUNT
 constexpr fx::Word kStatLevel = 184;      // STAT_THR_LEVEL
 constexpr fx::Word kStatRatio = 1000;     // STAT_THR
 constexpr fx::Word kNoiseMin = 40;        // NOISE_MIN
-constexpr fx::Word kAveReset_Q15 = 32767; // ALPHA4, ALPHA5, ALPHA3
-constexpr fx::Word kAveNoise_Q15 = 16383;
-constexpr fx::Word kAveSpeech_Q15 = 3276;
+constexpr fx::Word kAveReset_Q15 = 32767;
+constexpr fx::Word kAveNoise_Q15 = 16383; // ALPHA5
+constexpr fx::Word kAveSpeech_Q15 = 3276; // ALPHA4
 
 /// How fast the estimate follows.
 struct Speed {

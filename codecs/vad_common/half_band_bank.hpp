@@ -94,7 +94,23 @@ constexpr fx::Word bandLevel(std::int32_t head, std::int32_t tail, int scale,
     return fx::extract_h(fx::l_shl(all, scale));
 }
 
-/// The definition. `State` has the memories a_data5 and a_data3 and the band levels sub_level.
+/// One split of words `a` and `b` into half-bands. `State` has the memories a_data5 and a_data3.
+template <typename State>
+constexpr void splitWords(const Split& s, Merge how, State& state, fx::Word& a,
+                          fx::Word& b) noexcept
+{
+    fx::Word p = a, q = 0;
+    if (s.order == 5) {
+        p = allPass(kAllPass5Lower_Q15, state.a_data5[s.memory][0], a);
+        q = allPass(kAllPass5Upper_Q15, state.a_data5[s.memory][1], b);
+    } else {
+        q = allPass(kAllPass3_Q15, state.a_data3[s.memory], b);
+    }
+    a = merge(how, p + q);
+    b = merge(how, p - q);
+}
+
+/// The definition. `State` also has the band levels sub_level.
 template <const auto& kBank, typename State>
 void filterBankScalar(std::span<const std::int16_t, kBank.frame> input, State& state,
                       std::span<std::int16_t, kBank.bands.size()> level) noexcept
@@ -103,21 +119,12 @@ void filterBankScalar(std::span<const std::int16_t, kBank.frame> input, State& s
     for (std::size_t i = 0; i < x.size(); ++i)
         x[i] = static_cast<fx::Word>(input[i] >> kBank.inputShift);
 
-    for (const Stage& stage : kBank.stages)
-        for (std::size_t block = 0; block < x.size(); block += stage.block)
-            for (const Split& s : stage.used()) {
-                fx::Word& a = x[block + s.lower];
-                fx::Word& b = x[block + s.upper];
-                fx::Word p = a, q = 0;
-                if (s.order == 5) {
-                    p = allPass(kAllPass5Lower_Q15, state.a_data5[s.memory][0], a);
-                    q = allPass(kAllPass5Upper_Q15, state.a_data5[s.memory][1], b);
-                } else {
-                    q = allPass(kAllPass3_Q15, state.a_data3[s.memory], b);
-                }
-                a = merge(stage.merge, p + q);
-                b = merge(stage.merge, p - q);
-            }
+    for (const Stage& stage : kBank.stages) {
+        for (std::size_t block = 0; block < x.size(); block += stage.block) {
+            for (const Split& s : stage.used())
+                splitWords(s, stage.merge, state, x[block + s.lower], x[block + s.upper]);
+        }
+    }
 
     for (std::size_t i = 0; i < level.size(); ++i) {
         const Band& band = kBank.bands[i];
