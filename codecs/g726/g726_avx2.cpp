@@ -1,13 +1,15 @@
 // The coder of g726_adpcm.cpp arranged for speed, equal in every code word, sample and state.
 //
-// Words that wrap at 16 bits stand in the upper halves of 32-bit ones where that saves the
-// wrapping. FMULT's factors are kept in the form in which the next sample needs them.
+// The way from one sample's d to the next one's bounds the encoder, so it stays in vector
+// registers, and what does not depend on d is made before d is there. Words that wrap at 16 bits
+// stand in the upper halves of 32-bit lanes.
 
 #include "g726_adpcm.hpp"
 
 #include "avx2.hpp"
+#include "g726_lanes.hpp"
 #include "g726_law.hpp"
-#include "g726_tables.hpp"
+#include "g726_steps.hpp"
 
 #include <algorithm>
 #include <bit>
@@ -17,98 +19,119 @@ namespace zsp::g726 {
 
 namespace {
 
-/// What a code word means to the adaptation.
-struct alignas(32) Step {
-    std::int32_t level; // RECONST, in 1/128
-    std::int32_t w;     // 32 * W(I)
-    std::int32_t f;     // F(I) << 9
-    std::int32_t ugb;   // UGB for a positive delayed dq, in the upper half; 0 for a dq of 0
-    std::int32_t sign;  // of dq: 0 or -1
-    std::int32_t code;
+/// The logarithms (7 fraction bits) of a table, scaled by y: significands and integer parts.
+struct Scaled {
+    __m256i significand;
+    __m256i integer;
+
+    Scaled(const std::int32_t* table, int y) noexcept
+    {
+        const Constants& k = kConstants;
+        const __m256i level = _mm256_add_epi32(_mm256_set1_epi32(y >> 2), avx2::load(table));
+        significand = _mm256_or_si256(_mm256_and_si256(level, k.fraction), k.significand);
+        integer = _mm256_srli_epi32(level, 7);
+    }
 };
 
-template <std::size_t Index>
-struct Rate {
-    static constexpr const RateTables& kTables = kRates[Index];
-    static constexpr std::size_t kCodes = std::size_t{1} << kTables.bits;
-    static constexpr std::size_t kHalf = kCodes / 2;
+/// A quantised difference, alike in all lanes.
+struct Difference {
+    __m256i dq;      // in the upper half
+    __m256i delayed; // floating, for the zero predictor
+    __m256i ugb;     // in the upper half, for a positive delayed dq
 
-    static constexpr Step step(std::size_t code)
+    /// RECONST, ADDA, ANTILOG and FLOATA of a code word.
+    static Difference of(const Step& step, int y) noexcept
     {
-        const bool negative = code >= kHalf;
-        const std::int32_t ugb = (negative ? -128 : 128) * 65536;
-        return {kTables.level[code],   32 * kTables.w[code],
-                kTables.f[code] * 512, kTables.level[code] == -2048 ? 0 : ugb,
-                negative ? -1 : 0,     static_cast<std::int32_t>(code)};
+        const int dql = step.level + (y >> 2); // a level of -2048 makes the shift too large: 0
+        const __m256i magnitude =
+            _mm256_set1_epi32((128 + (dql & 127)) << 7 >> ((14 - (dql >> 7)) & 31));
+        const __m256i marked = _mm256_set1_epi32(step.marked);
+        return {_mm256_slli_epi32(_mm256_sign_epi32(magnitude, marked), 16),
+                _mm256_or_si256(floating(magnitude, kConstants.dqZero), marked),
+                _mm256_set1_epi32(step.ugb)};
     }
-
-    static constexpr std::array<Step, kCodes> kSteps = [] {
-        std::array<Step, kCodes> steps{};
-        for (std::size_t code = 0; code < kCodes; ++code)
-            steps[code] = step(code);
-        return steps;
-    }();
-
-    // The decision levels between two code words, highest first, and after them -2048. The number
-    // of levels above a difference chooses its code word; the last one repeats, see Quantiser.
-    static constexpr std::size_t kLevels = kHalf - 1;
-    static constexpr std::size_t kLanes = kHalf <= 8 ? 8 : 16;
-    static constexpr std::array<std::int32_t, kLanes> kDecision = [] {
-        std::array<std::int32_t, kLanes> levels{};
-        levels.fill(-2048);
-        std::size_t n = 0;
-        for (std::size_t i = 1; i < kTables.decision.size(); ++i)
-            if (kTables.positiveCode[i] != kTables.positiveCode[i + 1])
-                levels[n++] = kTables.decision[i];
-        return levels;
-    }();
-    using BySign = std::array<Step, kLanes + 1>;
-    static constexpr std::array<BySign, 2> kQuantised = [] {
-        std::array<BySign, 2> all{};
-        for (std::size_t above = 0; above <= kLanes; ++above) {
-            const std::size_t magnitude = kLevels - std::min(above, kLevels);
-            // Above 16 kbit/s the smallest differences have one code word for both signs.
-            const bool single = Index > 0 && magnitude == 0;
-            all[0][above] = step(single ? kCodes - 1 : magnitude);
-            all[1][above] = step(kCodes - 1 - magnitude);
-        }
-        return all;
-    }();
 };
 
 /// QUAN. The decision levels become magnitudes of d as soon as y is known.
 template <typename R>
 class Quantiser {
+    static constexpr std::size_t kVectors = R::kLanes / 8;
+
   public:
     explicit Quantiser(int y) noexcept
     {
-        const __m256i vy = _mm256_set1_epi32(y >> 2);
+        // y is at least 544: all levels become positive, but for the fill, whose shift leaves 0.
         for (std::size_t i = 0; i < kVectors; ++i) {
-            // (128 + fraction) << integer, 7 fraction bits, in the upper half. y is at least 544:
-            // all levels become positive, but for the fill, whose shift count leaves 0.
-            const __m256i level = _mm256_add_epi32(
-                vy, _mm256_add_epi32(avx2::load(&R::kDecision[8 * i]), _mm256_set1_epi32(9 * 128)));
-            const __m256i significand = _mm256_or_si256(
-                _mm256_and_si256(level, _mm256_set1_epi32(127)), _mm256_set1_epi32(128));
-            threshold_[i] = _mm256_sllv_epi32(significand, _mm256_srli_epi32(level, 7));
+            const Scaled level(&R::kDecision[8 * i], y);
+            threshold_[i] = _mm256_sllv_epi32(level.significand, level.integer);
         }
     }
 
-    /// d is a word in the upper half. -32768 counts as 0 in LOG; here it stays below all
-    /// thresholds and below the fill.
-    const Step& operator()(std::int32_t d) const noexcept
+    /// How many thresholds lie above d, a word in the upper half. -32768 counts as 0 in LOG; here
+    /// it stays below all thresholds.
+    std::size_t above(__m256i d) const noexcept
     {
-        const __m256i magnitude = _mm256_abs_epi32(_mm256_set1_epi32(d));
-        unsigned above = 0;
+        const __m256i magnitude = _mm256_abs_epi32(d);
+        unsigned mask = 0;
         for (std::size_t i = 0; i < kVectors; ++i)
-            above |= static_cast<unsigned>(_mm256_movemask_ps(
-                         _mm256_castsi256_ps(_mm256_cmpgt_epi32(threshold_[i], magnitude))))
-                     << (8 * i);
-        return R::kQuantised[d < 0][static_cast<std::size_t>(std::popcount(above))];
+            mask |= static_cast<unsigned>(_mm256_movemask_ps(
+                        _mm256_castsi256_ps(_mm256_cmpgt_epi32(threshold_[i], magnitude))))
+                    << (8 * i);
+        return static_cast<std::size_t>(std::popcount(mask & ((1u << R::kLevels) - 1)));
+    }
+
+    /// The floating magnitudes of all quantised differences.
+    struct Magnitudes {
+        __m256i v[kVectors];
+    };
+
+    static Magnitudes magnitudes(int y) noexcept
+    {
+        Magnitudes all;
+        for (std::size_t i = 0; i < kVectors; ++i) {
+            const Scaled level(&R::kReconstructed[8 * i], y);
+            const __m256i shift = _mm256_sub_epi32(kConstants.fourteen, level.integer);
+            all.v[i] = floating(_mm256_srlv_epi32(_mm256_slli_epi32(level.significand, 7), shift),
+                                kConstants.dqZero);
+        }
+        return all;
+    }
+
+    /// The quantised difference of d, without the way over the code word.
+    Difference difference(__m256i d, const Magnitudes& magnitudes) const noexcept
+    {
+        const __m256i g = _mm256_abs_epi32(d);
+        // The magnitudes fall from lane to lane. Of those whose threshold d reaches, and of the
+        // lowest one, the largest is it.
+        const __m256i lowest = inAllLanes(magnitudes.v[kVectors - 1], R::kLevels % 8);
+        __m256i magnitude = lowest;
+        for (std::size_t i = 0; i < kVectors; ++i)
+            magnitude = _mm256_max_epi32(
+                magnitude,
+                _mm256_blendv_epi8(magnitudes.v[i], lowest, _mm256_cmpgt_epi32(threshold_[i], g)));
+        magnitude = largestLane(magnitude);
+
+        // Above 16 kbit/s the smallest differences have one code word, with a negative sign.
+        __m256i zero = _mm256_setzero_si256();
+        if constexpr (R::kSingleZero)
+            zero =
+                _mm256_cmpgt_epi32(inAllLanes(threshold_[kVectors - 1], (R::kLevels - 1) % 8), g);
+        const __m256i sign = _mm256_or_si256(d, kConstants.one);
+        const __m256i mark =
+            _mm256_and_si256(_mm256_or_si256(sign, zero), kConstants.negativeAndOne);
+        // Half of the smallest number is truncated to 0.
+        const __m256i dq =
+            _mm256_sign_epi32(_mm256_cvttps_epi32(_mm256_castsi256_ps(magnitude)), sign);
+        return {_mm256_slli_epi32(dq, 16), _mm256_or_si256(magnitude, mark),
+                _mm256_andnot_si256(zero, _mm256_sign_epi32(kConstants.ugb, sign))};
     }
 
   private:
-    static constexpr std::size_t kVectors = R::kLanes / 8;
+    static __m256i inAllLanes(__m256i v, std::size_t lane) noexcept
+    {
+        return _mm256_permutevar8x32_epi32(v, _mm256_set1_epi32(static_cast<int>(lane)));
+    }
+
     __m256i threshold_[kVectors];
 };
 
@@ -117,227 +140,253 @@ class Zeros {
   public:
     explicit Zeros(const CoderState& s) noexcept
     {
-        alignas(32) std::array<std::int32_t, 8> b{}, mant{}, place{};
+        alignas(32) std::array<std::int32_t, 8> b{}, dq{};
         for (std::size_t i = 0; i < kZeros; ++i) {
-            b[i] = s.coefficient[i] * 65536;
-            mant[i] = kRound | (s.delayed[i] & 63) << 5;
-            place[i] = (s.sign[i] ? kNegative : 0) | (154 - (s.delayed[i] >> 6));
+            b[i] = upper(s.coefficient[i]);
+            dq[i] = fromRecord(s.delayed[i], s.sign[i], kDqScale);
         }
         b_ = avx2::load(b.data());
-        mant_ = avx2::load(mant.data());
-        place_ = avx2::load(place.data());
+        dq_ = avx2::load(dq.data());
     }
 
     void save(CoderState& s) const noexcept
     {
-        alignas(32) std::array<std::int32_t, 8> b, mant, place;
+        alignas(32) std::array<std::int32_t, 8> b, dq;
         avx2::store(b.data(), b_);
-        avx2::store(mant.data(), mant_);
-        avx2::store(place.data(), place_);
+        avx2::store(dq.data(), dq_);
         for (std::size_t i = 0; i < kZeros; ++i) {
             s.coefficient[i] = static_cast<std::int16_t>(b[i] >> 16);
-            s.delayed[i] =
-                static_cast<std::int16_t>((154 - (place[i] & 255)) * 64 + ((mant[i] & 2047) >> 5));
-            s.sign[i] = place[i] < 0;
+            s.delayed[i] = toRecord(dq[i], kDqScale);
+            s.sign[i] = dq[i] < 0;
         }
     }
 
-    /// FMULT six times, and the sum.
-    int sum() const noexcept
+    /// FMULT six times, and the sum. Without an exponent lanes 6 and 7 give 0.
+    __m256i sum() const noexcept
     {
-        // |bi >> 2| as a float: 126 + exponent above the mantissa's lower five bits
-        const __m256i magnitude =
-            _mm256_and_si256(_mm256_abs_epi32(_mm256_srai_epi32(b_, 18)), _mm256_set1_epi32(8191));
-        const __m256i floating = _mm256_max_epi32(
-            _mm256_srli_epi32(_mm256_castps_si256(_mm256_cvtepi32_ps(magnitude)), 18),
-            _mm256_set1_epi32(126 * 32)); // 0 has mantissa 32 as well
-        const __m256i mantissa = _mm256_or_si256(_mm256_and_si256(floating, _mm256_set1_epi32(31)),
-                                                 _mm256_set1_epi32(1 << 16 | 32));
-        // [mant * 32, 48 * 32] x [mantissa, 1]
-        const __m256i product =
-            _mm256_and_si256(_mm256_madd_epi16(mant_, mantissa), _mm256_set1_epi32(~511));
-        const __m256i shift = _mm256_sub_epi32(_mm256_and_si256(place_, _mm256_set1_epi32(255)),
-                                               _mm256_srli_epi32(floating, 5));
-        const __m256i w =
-            _mm256_and_si256(_mm256_srlv_epi32(product, shift), _mm256_set1_epi32(32767));
-        return avx2::sum32(_mm256_sign_epi32(w, _mm256_xor_si256(b_, place_)));
+        return sumOfLanes(fmult(b_, floatingCoefficient(b_), dq_, kConstants.dqBias));
     }
 
     /// XOR, UPB and DELAY of dq.
     template <int LeakShift>
-    void adapt(const Step& step, int magnitude) noexcept
+    void adapt(const Difference& newest) noexcept
     {
-        const __m256i ugb = _mm256_sign_epi32(_mm256_set1_epi32(step.ugb), place_);
+        const __m256i ugb = _mm256_sign_epi32(newest.ugb, dq_);
         const __m256i leak =
-            _mm256_and_si256(_mm256_srai_epi32(b_, LeakShift), _mm256_set1_epi32(-65536));
+            _mm256_and_si256(_mm256_srai_epi32(b_, LeakShift), kConstants.upperHalf);
         b_ = _mm256_add_epi32(_mm256_sub_epi32(b_, leak), ugb);
-
-        const auto zeros = _lzcnt_u32(static_cast<unsigned>(magnitude));
-        const auto mantissa = static_cast<int>(
-            ((static_cast<std::uint64_t>(static_cast<unsigned>(magnitude)) << zeros) >> 21) & 2016);
-        shiftIn(mant_, kRound | 1024 | mantissa);
-        shiftIn(place_, (step.sign & kNegative) | static_cast<int>(122 + zeros));
+        const __m256i older =
+            _mm256_permutevar8x32_epi32(dq_, _mm256_setr_epi32(7, 0, 1, 2, 3, 4, 7, 7));
+        dq_ = _mm256_blend_epi32(older, newest.delayed, 1);
     }
 
     void clear() noexcept { b_ = _mm256_setzero_si256(); }
 
   private:
-    static constexpr std::int32_t kNegative = -2147483647 - 1;
-    static constexpr std::int32_t kRound = (48 * 32) << 16;
-
-    static void shiftIn(__m256i& line, int newest) noexcept
-    {
-        const __m256i older =
-            _mm256_permutevar8x32_epi32(line, _mm256_setr_epi32(7, 0, 1, 2, 3, 4, 7, 7));
-        line = _mm256_blend_epi32(older, _mm256_castsi128_si256(_mm_cvtsi32_si128(newest)), 1);
-    }
-
-    __m256i b_;     // in the upper halves
-    __m256i mant_;  // mantissa * 32 of the delayed dq; the rounding term of FMULT in the upper half
-    __m256i place_; // 154 - exponent of the delayed dq, and its sign in the top bit
+    __m256i b_; // in the upper halves
+    __m256i dq_;
 };
 
-/// A delayed sr: mantissa * 32, 32 - exponent, sign 0 or -1.
-struct Delayed {
-    int mantissa;
-    int zeros;
-    int sign;
-
-    Delayed(std::int16_t floating, std::int16_t negative) noexcept
-        : mantissa((floating & 63) << 5), zeros(32 - (floating >> 6)), sign(-negative)
+/// The pole predictor. Its coefficients depend on the sign of p: they are there for a negative p,
+/// for 0 and for a positive one before p is known. a1 has the lower half of a vector, a2 the upper
+/// one.
+class Poles {
+  public:
+    explicit Poles(const CoderState& s) noexcept
+        : a_(halves(upper(s.coefficient[6]), upper(s.coefficient[7]))),
+          pk1_(_mm_set1_epi32(s.pk1 ? -1 : 1)), pk2_(_mm_set1_epi32(s.pk2 ? -1 : 1)),
+          sr1_(_mm256_set1_epi32(fromRecord(s.delayed[6], s.sign[6], kSrScale))),
+          sr2_(_mm256_set1_epi32(fromRecord(s.delayed[7], s.sign[7], kSrScale)))
     {
+        multiply(floatingCoefficient(a_));
     }
 
-    /// FLOATB of a word in the upper half.
-    explicit Delayed(std::int32_t sr) noexcept
+    void save(CoderState& s) const noexcept
     {
-        sign = sr >> 31;
-        const auto negative = static_cast<unsigned>(sign);
-        const auto magnitude = ((static_cast<unsigned>(sr) ^ negative) - negative) << 1; // 15 bits
-        const auto leading = static_cast<int>(_lzcnt_u32(magnitude | 1 << 16)); // 15 for 0
-        zeros = leading + 17;
-        mantissa = static_cast<int>(
-            ((static_cast<std::uint64_t>(magnitude) << leading) >> 21 & 2016) | 1024);
+        const int sr1 = _mm256_cvtsi256_si32(sr1_), sr2 = _mm256_cvtsi256_si32(sr2_);
+        s.coefficient[6] = static_cast<std::int16_t>(_mm256_cvtsi256_si32(a_) >> 16);
+        s.coefficient[7] = static_cast<std::int16_t>(a2() >> 16);
+        s.pk0 = s.pk1 = _mm_cvtsi128_si32(pk1_) < 0;
+        s.pk2 = _mm_cvtsi128_si32(pk2_) < 0;
+        s.delayed[6] = toRecord(sr1, kSrScale);
+        s.delayed[7] = toRecord(sr2, kSrScale);
+        s.sign[6] = sr1 < 0;
+        s.sign[7] = sr2 < 0;
     }
 
-    std::int16_t floating() const noexcept
+    /// The two products of FMULT, in all lanes.
+    __m256i sum() const noexcept { return sum_; }
+
+    /// a2, in the upper half.
+    std::int32_t a2() const noexcept { return _mm_cvtsi128_si32(_mm256_extracti128_si256(a_, 1)); }
+
+    /// UPA2, LIMC, UPA1 and LIMD for the three signs of p.
+    void prepare() noexcept
     {
-        return static_cast<std::int16_t>((32 - zeros) * 64 + (mantissa >> 5));
+        const Constants& k = kConstants;
+        const __m128i a1 = _mm256_castsi256_si128(a_);
+        const __m128i a2 = _mm256_extracti128_si256(a_, 1);
+
+        const __m128i clipped =
+            _mm_max_epi32(_mm_min_epi32(a1, k.a1Clip.low()), k.a1ClipNegative.low());
+        // In units of 2^-9 to begin with: shifted right by 7 they are in the upper half.
+        const __m128i fa1 = _mm_sign_epi32(_mm_srai_epi32(clipped, 5), bySign(1));
+        const __m128i uga2 = _mm_and_si128(
+            _mm_sub_epi32(_mm_sign_epi32(bySign(16384 * 512), pk2_), _mm_sign_epi32(fa1, pk1_)),
+            k.upperHalf.low());
+        const __m128i decayed2 =
+            _mm_sub_epi32(a2, _mm_and_si128(_mm_srai_epi32(a2, 7), k.upperHalf.low()));
+        const __m128i new2 = _mm_max_epi32(
+            _mm_min_epi32(_mm_add_epi32(decayed2, uga2), k.a2Limit.low()), k.a2LimitNegative.low());
+
+        const __m128i uga1 = _mm_sign_epi32(bySign(192 * 65536), pk1_);
+        const __m128i decayed1 =
+            _mm_sub_epi32(a1, _mm_and_si128(_mm_srai_epi32(a1, 8), k.upperHalf.low()));
+        const __m128i new1 = _mm_max_epi32(
+            _mm_min_epi32(_mm_add_epi32(decayed1, uga1), _mm_sub_epi32(k.poleLimit.low(), new2)),
+            _mm_sub_epi32(new2, k.poleLimit.low()));
+
+        bySign_ = _mm256_inserti128_si256(_mm256_castsi128_si256(new1), new2, 1);
+        floating_ = floatingCoefficient(bySign_);
     }
+
+    /// p and sr are words in the upper half.
+    void adapt(__m256i p, __m256i sr) noexcept
+    {
+        // The bytes of lane 0, 1 or 2 of each half.
+        const __m256i lane =
+            _mm256_add_epi32(_mm256_sign_epi32(kConstants.laneStep, p), kConstants.middleLane);
+        pk2_ = pk1_;
+        pk1_ = _mm_or_si128(_mm256_castsi256_si128(p), kConstants.one.low());
+        a_ = _mm256_shuffle_epi8(bySign_, lane);
+
+        sr2_ = sr1_;
+        sr1_ = _mm256_or_si256(
+            floating(_mm256_abs_epi32(sr), kConstants.srZero),
+            _mm256_or_si256(_mm256_and_si256(sr, kConstants.negative), kConstants.one));
+        multiply(_mm256_shuffle_epi8(floating_, lane));
+    }
+
+    void clear() noexcept
+    {
+        a_ = _mm256_setzero_si256();
+        multiply(kConstants.coefficientZero);
+    }
+
+  private:
+    static __m128i bySign(std::int32_t v) noexcept { return _mm_setr_epi32(-v, 0, v, 0); }
+
+    static __m256i halves(std::int32_t low, std::int32_t high) noexcept
+    {
+        return _mm256_setr_epi32(low, low, low, low, high, high, high, high);
+    }
+
+    void multiply(__m256i an) noexcept
+    {
+        const __m256i w = fmult(a_, an, _mm256_blend_epi32(sr1_, sr2_, 0xf0), kConstants.srBias);
+        sum_ = _mm256_add_epi32(w, _mm256_permute2x128_si256(w, w, 1));
+    }
+
+    __m256i a_;         // in the upper halves
+    __m128i pk1_, pk2_; // negative or positive, never 0
+    __m256i sr1_, sr2_;
+    __m256i sum_;
+    __m256i bySign_, floating_; // a_ of the next sample, lanes 0 to 2 of the halves
 };
-
-/// FMULT of one pole.
-int fmult(int a, const Delayed& sr) noexcept
-{
-    const int sign = a >> 31;
-    const auto magnitude = static_cast<unsigned>(((a >> 2) ^ sign) - sign);
-    const auto zeros = _lzcnt_u32(magnitude);
-    const int mantissa =
-        static_cast<int>((static_cast<std::uint64_t>(magnitude) << zeros) >> 26) | 32;
-    const int product = (sr.mantissa * mantissa + 48 * 32) & ~511;
-    const int w = (product >> (sr.zeros + static_cast<int>(zeros) - 36)) & 32767;
-    const int negative = sign ^ sr.sign;
-    return (w ^ negative) - negative;
-}
 
 template <typename R>
 class Coder {
   public:
     explicit Coder(const CoderState& s) noexcept
-        : zeros_(s), sr1_(s.delayed[6], s.sign[6]), sr2_(s.delayed[7], s.sign[7]),
-          a1_(s.coefficient[6]), a2_(s.coefficient[7]), pk1_(-s.pk1), pk2_(-s.pk2), yu_(s.yu),
-          ap_(s.ap), yl_(s.yl), dms_(s.dms), dml_(s.dml), td_(s.td), sez_(s.sez)
+        : zeros_(s), poles_(s), yu_(s.yu), ap_(s.ap), yl_(s.yl), dms_(s.dms), dml_(s.dml),
+          td_(s.td), sez_(_mm256_set1_epi32(upper(s.sez)))
     {
+        predict();
     }
 
     void save(CoderState& s) const noexcept
     {
         zeros_.save(s);
-        s.delayed[6] = sr1_.floating();
-        s.delayed[7] = sr2_.floating();
-        s.sign[6] = static_cast<std::int16_t>(-sr1_.sign);
-        s.sign[7] = static_cast<std::int16_t>(-sr2_.sign);
-        s.coefficient[6] = static_cast<std::int16_t>(a1_);
-        s.coefficient[7] = static_cast<std::int16_t>(a2_);
-        s.pk0 = s.pk1 = static_cast<std::int16_t>(-pk1_);
-        s.pk2 = static_cast<std::int16_t>(-pk2_);
+        poles_.save(s);
         s.yu = static_cast<std::int16_t>(yu_);
         s.ap = static_cast<std::int16_t>(ap_);
         s.yl = yl_;
         s.dms = static_cast<std::int16_t>(dms_);
         s.dml = static_cast<std::int16_t>(dml_);
         s.td = static_cast<std::int16_t>(td_);
-        s.sez = static_cast<std::int16_t>(sez_);
+        s.sez = static_cast<std::int16_t>(_mm256_cvtsi256_si32(sez_) >> 16);
     }
 
-    struct Estimate {
-        int se; // in the upper half
-        int y;
-    };
+    /// For the coming sample. se stands in the upper half, in all lanes.
+    __m256i se() const noexcept { return se_; }
+    int y() const noexcept { return y_; }
 
-    Estimate estimate() noexcept
+    /// All that follows from the code word. Returns sr in the upper half.
+    [[gnu::always_inline]] __m256i update(const Step& step, const Difference& difference) noexcept
     {
-        const int sum = zeros_.sum();
-        sez_ = static_cast<std::int16_t>(sum) >> 1;
-        const int both = sum + fmult(a1_, sr1_) + fmult(a2_, sr2_);
-        const int slow = yl_ >> 6;
-        const int y = slow + (yu_ - slow) * (std::min(ap_, 256) >> 2) / 64;
-        return {upper(static_cast<std::int16_t>(both) >> 1), y};
-    }
-
-    int update(const Step& step, Estimate e) noexcept
-    {
-        const int dql = step.level + (e.y >> 2);
-        const int magnitude = ((128 + (dql & 127)) << 7) >> ((14 - (dql >> 7)) & 31);
-        const int dq = (magnitude ^ step.sign) - step.sign;
-        const int sr = upper((e.se >> 16) + dq);
-
         bool transition = false;
-        if (td_) [[unlikely]] {
-            const int integer = yl_ >> 15;
-            const int threshold = integer > 9 ? 31744 : (32 + ((yl_ >> 10) & 31)) << integer;
-            transition = magnitude > (threshold + (threshold >> 1)) >> 1;
-        }
+        if (td_) [[unlikely]]
+            transition = trans(difference.dq);
 
-        yu_ = std::clamp(e.y + ((step.w - e.y) >> 5), 544, 5120);
-        yl_ += yu_ + (-yl_ >> 6);
-
-        const int p = static_cast<std::int16_t>(sez_ + dq);
-        const int pk0 = p >> 31;
-        const int s1 = pk0 ^ pk1_;
-        const int s2 = pk0 ^ pk2_;
-        const int fa = 4 * std::clamp(a1_, -8191, 8191);
-        int u2 = (((16384 ^ s2) - s2) - ((fa ^ s1) - s1)) >> 7;
-        int u1 = (192 ^ s1) - s1;
-        if (p == 0) u1 = u2 = 0;
-        a2_ = std::clamp(a2_ - (a2_ >> 7) + u2, -12288, 12288);
-        a1_ = std::clamp(a1_ - (a1_ >> 8) + u1, a2_ - 15360, 15360 - a2_);
-        pk2_ = pk1_;
-        pk1_ = pk0;
-
-        zeros_.template adapt<R::kTables.leakShift>(step, magnitude);
-        td_ = a2_ < -11776;
-
-        dms_ += (step.f - dms_) >> 5;
-        dml_ += (4 * step.f - dml_) >> 7;
-        const bool fast = e.y < 1536 || td_ || std::abs(4 * dms_ - dml_) >= dml_ >> 3;
-        ap_ += ((fast ? 512 : 0) - ap_) >> 4;
+        const __m256i sr = _mm256_add_epi32(se_, difference.dq);
+        sez_ = half(sum_);
+        zeros_.template adapt<R::kTables.leakShift>(difference);
+        poles_.adapt(_mm256_add_epi32(sez_, difference.dq), sr);
+        td_ = poles_.a2() < -11776 * 65536;
+        adaptScale(step);
         if (transition) [[unlikely]] {
             zeros_.clear();
-            a1_ = a2_ = td_ = 0;
+            poles_.clear();
+            td_ = 0;
             ap_ = 256;
         }
-        sr2_ = sr1_;
-        sr1_ = Delayed(sr);
+        predict();
         return sr;
     }
 
-    static int upper(int v) noexcept { return static_cast<int>(static_cast<unsigned>(v) << 16); }
-
   private:
+    bool trans(__m256i dq) const noexcept
+    {
+        const int magnitude = std::abs(_mm256_cvtsi256_si32(dq) >> 16);
+        const int integer = yl_ >> 15;
+        const int threshold = integer > 9 ? 31744 : (32 + ((yl_ >> 10) & 31)) << integer;
+        return magnitude > (threshold + (threshold >> 1)) >> 1;
+    }
+
+    /// FUNCTW, FILTD, LIMB, FILTE; FUNCTF, FILTA, FILTB, SUBTC, FILTC, TRIGA.
+    void adaptScale(const Step& step) noexcept
+    {
+        yu_ = std::clamp(y_ + ((step.w - y_) >> 5), 544, 5120);
+        yl_ += yu_ + (-yl_ >> 6);
+        dms_ += (step.f - dms_) >> 5;
+        dml_ += (4 * step.f - dml_) >> 7;
+        const bool fast = y_ < 1536 || td_ || std::abs(4 * dms_ - dml_) >= dml_ >> 3;
+        ap_ += ((fast ? 512 : 0) - ap_) >> 4;
+    }
+
+    /// A sum halved, in the upper half: there it wraps at 16 bits.
+    static __m256i half(__m256i sum) noexcept
+    {
+        return _mm256_and_si256(_mm256_srai_epi32(_mm256_slli_epi32(sum, 16), 1),
+                                kConstants.upperHalf);
+    }
+
+    /// ACCUM, LIMA, MIX.
+    [[gnu::always_inline]] void predict() noexcept
+    {
+        sum_ = zeros_.sum();
+        se_ = half(_mm256_add_epi32(sum_, poles_.sum()));
+        const int slow = yl_ >> 6;
+        y_ = slow + (yu_ - slow) * (std::min(ap_, 256) >> 2) / 64;
+        poles_.prepare();
+    }
+
     Zeros zeros_;
-    Delayed sr1_, sr2_;
-    int a1_, a2_, pk1_, pk2_, yu_, ap_, yl_, dms_, dml_, td_, sez_;
+    Poles poles_;
+    int yu_, ap_, yl_, dms_, dml_, td_;
+    __m256i sez_;
+    __m256i sum_, se_; // of the coming sample; the sum is the zero predictor's
+    int y_;
 };
 
 template <std::size_t Index>
@@ -346,18 +395,20 @@ void encode(CoderState& state, In16 sl, Out8 code) noexcept
     using R = Rate<Index>;
     Coder<R> coder(state);
     for (std::size_t n = 0; n < sl.size(); ++n) {
-        const auto e = coder.estimate();
-        const Step& step = Quantiser<R>(e.y)(static_cast<int>(
-            static_cast<unsigned>(Coder<R>::upper(sl[n])) - static_cast<unsigned>(e.se)));
+        const Quantiser<R> quan(coder.y());
+        const auto magnitudes = Quantiser<R>::magnitudes(coder.y());
+        const __m256i d = _mm256_sub_epi32(_mm256_set1_epi32(upper(sl[n])), coder.se());
+        const Difference difference = quan.difference(d, magnitudes);
+        const Step& step = R::kQuantised[isNegative(d)][quan.above(d)];
         code[n] = static_cast<std::uint8_t>(step.code);
-        coder.update(step, e);
+        coder.update(step, difference);
     }
     coder.save(state);
 }
 
 /// What SYNC needs to know about a G.711 code word.
 struct CodeWord {
-    std::int16_t slx;                     // EXPAND
+    std::int32_t slx;                     // EXPAND, in the upper half
     std::array<std::uint8_t, 4> adjusted; // one step down, itself, one step up; 0
 };
 
@@ -366,7 +417,7 @@ constexpr std::array<CodeWord, 256> kCodeWords = [] {
     std::array<CodeWord, 256> all{};
     for (int sp = 0; sp < 256; ++sp)
         all[static_cast<std::size_t>(sp)] = {
-            static_cast<std::int16_t>(expand(Output, sp)),
+            expand(Output, sp) * 65536,
             {static_cast<std::uint8_t>(nextSmaller(Output, sp)), static_cast<std::uint8_t>(sp),
              static_cast<std::uint8_t>(nextLarger(Output, sp)), 0}};
     return all;
@@ -378,16 +429,19 @@ void decode(CoderState& state, In8 code, Out16 out) noexcept
     using R = Rate<Index>;
     Coder<R> coder(state);
     for (std::size_t n = 0; n < code.size(); ++n) {
-        const auto e = coder.estimate();
-        const int sr = coder.update(R::kSteps[code[n]], e) >> 16;
+        const int y = coder.y();
+        const __m256i se = coder.se();
+        const Step& step = R::kSteps[code[n]];
+        const int sr = _mm256_cvtsi256_si32(coder.update(step, Difference::of(step, y))) >> 16;
         if constexpr (Output == Law::uniform) {
             out[n] = static_cast<std::int16_t>(std::clamp(sr, -8192, 8191));
         } else {
             const CodeWord& sp = kCodeWords<Output>[static_cast<std::size_t>(compress(Output, sr))];
-            const int dx = Coder<R>::upper(sp.slx - (e.se >> 16));
+            const __m256i dx = _mm256_sub_epi32(_mm256_set1_epi32(sp.slx), se);
             // In the order of the values the sign bit counts upside down.
-            const int id = Quantiser<R>(e.y)(dx).code ^ static_cast<int>(R::kHalf);
-            const int im = code[n] ^ static_cast<int>(R::kHalf);
+            constexpr int kHalf = R::kHalf;
+            const int id = R::kQuantised[isNegative(dx)][Quantiser<R>(y).above(dx)].code ^ kHalf;
+            const int im = code[n] ^ kHalf;
             out[n] = sp.adjusted[static_cast<std::size_t>(1 + (id < im) - (id > im))];
         }
     }
