@@ -3,7 +3,8 @@
 //   fold[i mod N] += delay[i] window[i]            i = 0 .. L-1, fold from 0
 //   delay[i] += time[i mod N] window[L-1-i]        i = 0 .. L-1
 //
-// N is a power of two and divides L. Transforms shorter than a vector take the definitions.
+// N is a power of two and divides L, so that i mod N is a mask. Transforms shorter than a vector
+// take the definitions.
 
 #include "subband_fold.hpp"
 
@@ -17,11 +18,11 @@ namespace zsp::ec {
 
 void foldScalar(InF delay, InF window, OutF fold) noexcept
 {
-    const std::size_t n = fold.size();
+    const std::size_t n = fold.size(), mask = n - 1;
     for (std::size_t i = 0; i < n; ++i)
         fold[i] = delay[i] * window[i];
     for (std::size_t i = n; i < window.size(); ++i)
-        fold[i % n] = std::fma(delay[i], window[i], fold[i % n]);
+        fold[i & mask] = std::fma(delay[i], window[i], fold[i & mask]);
 }
 
 void foldAvx2(InF delay, InF window, OutF fold) noexcept
@@ -38,9 +39,9 @@ void foldAvx2(InF delay, InF window, OutF fold) noexcept
 
 void overlapAddScalar(InF time, InF window, OutF delay) noexcept
 {
-    const std::size_t n = time.size(), last = window.size() - 1;
+    const std::size_t mask = time.size() - 1, last = window.size() - 1;
     for (std::size_t i = 0; i < delay.size(); ++i)
-        delay[i] = std::fma(time[i % n], window[last - i], delay[i]);
+        delay[i] = std::fma(time[i & mask], window[last - i], delay[i]);
 }
 
 void overlapAddAvx2(InF time, InF window, OutF delay) noexcept
@@ -96,11 +97,11 @@ __m256i reversedWords(__m256i words) noexcept
 
 void foldScalar(In16 delay, In16 window_Q13, Out16 fold) noexcept
 {
-    const std::size_t n = fold.size();
+    const std::size_t n = fold.size(), mask = n - 1;
     for (std::size_t i = 0; i < n; ++i)
         fold[i] = fx::sat16(product_Q13(delay[i], window_Q13[i]));
     for (std::size_t i = n; i < window_Q13.size(); ++i)
-        fold[i % n] = fx::sat16(fold[i % n] + product_Q13(delay[i], window_Q13[i]));
+        fold[i & mask] = fx::sat16(fold[i & mask] + product_Q13(delay[i], window_Q13[i]));
 }
 
 void foldAvx2(In16 delay, In16 window_Q13, Out16 fold) noexcept
@@ -120,9 +121,9 @@ void foldAvx2(In16 delay, In16 window_Q13, Out16 fold) noexcept
 
 void overlapAddScalar(In16 time, In16 window_Q13, Out16 delay) noexcept
 {
-    const std::size_t n = time.size(), last = window_Q13.size() - 1;
+    const std::size_t mask = time.size() - 1, last = window_Q13.size() - 1;
     for (std::size_t i = 0; i < delay.size(); ++i)
-        delay[i] = fx::sat16(delay[i] + product_Q13(time[i % n], window_Q13[last - i]));
+        delay[i] = fx::sat16(delay[i] + product_Q13(time[i & mask], window_Q13[last - i]));
 }
 
 void overlapAddAvx2(In16 time, In16 window_Q13, Out16 delay) noexcept

@@ -93,6 +93,25 @@ TEST_P(RealFft, InverseIsTheInverse)
     }
 }
 
+// An impulse has a spectrum that needs no transform, and the way back restores a signal.
+TEST(RealFftLong, ImpulseAndRoundTrip)
+{
+    for (int order = 13; order <= 17; ++order) {
+        const std::size_t n = std::size_t{1} << order, at = n / 3;
+        Transform transform(order);
+        std::vector<float> impulse(n);
+        impulse[at] = 1;
+        const auto root = roots(n);
+        std::vector<Exact> want(n / 2 + 1);
+        for (std::size_t k = 0; k < want.size(); ++k)
+            want[k] = std::conj(root[at * k % n]);
+        EXPECT_LT(errorDb(transform.forward(impulse), want), -130) << order;
+
+        const auto signal = Samples(9).floats(n, 32768);
+        EXPECT_LT(errorDb(transform.inverse(transform.forward(signal)), signal), -130) << order;
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Order, RealFft, testing::Range(1, 13),
                          [](const auto& order) { return std::to_string(order.param); });
 
