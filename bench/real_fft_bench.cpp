@@ -26,7 +26,8 @@ struct Fft {
 
     void fill()
     {
-        const auto words = zsp::bench::WordPool(1).next(n);
+        zsp::bench::WordPool pool(1);
+        const auto words = pool.next(n);
         time.assign(words.begin(), words.end());
         realFftForward(*plan, time, bins, work.data());
     }

@@ -25,9 +25,9 @@ struct Bank {
           hop(static_cast<std::size_t>(benchmarkState.range(1))),
           taps(static_cast<std::size_t>(benchmarkState.range(2))), window(taps)
     {
-        std::ranges::transform(zsp::bench::WordPool(1, 8191).next(taps), window.begin(),
-                               [](std::int16_t w) { return static_cast<Sample>(w); });
-        const auto words = zsp::bench::WordPool(2).next(4096);
+        zsp::bench::WordPool pool(1, 8191);
+        std::ranges::copy(pool.next(taps), window.begin());
+        const auto words = pool.next(4096);
         samples.assign(words.begin(), words.end());
         const auto len = static_cast<std::int32_t>(taps);
         std::int32_t stateSize = 0, initSize = 0, workSize = 0;
@@ -139,7 +139,8 @@ using Loop = void (*)(std::span<const Sample>, std::span<const Sample>, std::spa
 template <typename Sample, Loop<Sample> kernel>
 void fold(benchmark::State& state)
 {
-    const auto words = zsp::bench::WordPool(1).next(512);
+    zsp::bench::WordPool pool(1);
+    const auto words = pool.next(512);
     const std::vector<Sample> delay(words.begin(), words.begin() + 256);
     const std::vector<Sample> window(words.begin() + 256, words.end());
     std::vector<Sample> block(64);
@@ -152,7 +153,8 @@ void fold(benchmark::State& state)
 template <typename Sample, Loop<Sample> kernel>
 void overlapAdd(benchmark::State& state)
 {
-    const auto words = zsp::bench::WordPool(1).next(512);
+    zsp::bench::WordPool pool(1);
+    const auto words = pool.next(512);
     const std::vector<Sample> time(words.begin(), words.begin() + 64);
     const std::vector<Sample> window(words.begin() + 256, words.end());
     std::vector<Sample> delay(256);
@@ -240,7 +242,8 @@ void toneDetect(benchmark::State& state, bool silence)
     const auto len = static_cast<std::size_t>(state.range(0)) / 100;
     std::vector<std::byte> detector(80);
     zspsToneDetectInit_EC_32f(detector.data(), static_cast<std::int32_t>(state.range(0)));
-    const auto words = zsp::bench::WordPool(1).next(len);
+    zsp::bench::WordPool pool(1);
+    const auto words = pool.next(len);
     std::vector<float> block(words.begin(), words.end());
     std::int32_t result = 0;
     zspsToneDetect_EC_32f(block.data(), static_cast<std::int32_t>(len), &result, detector.data());
