@@ -19,7 +19,7 @@ const Audio& speech(int rate)
 {
     static const Audio narrow = [] {
         AudioReader reader(ZSPSC_DATA_DIR "/speech_8k.wav");
-        return readMono(reader, 8000);
+        return readAsStored(reader);
     }();
     static const Audio wide = resampled(narrow, 16000);
     return rate == 8000 ? narrow : wide;

@@ -74,7 +74,7 @@ void PitchSearch::search(std::span<const std::int16_t> frame)
     for (const std::int16_t x : signal_)
         energy += x * x;
     int shift = 0;
-    for (; energy > 1 << 30; energy /= 4)
+    while (std::ldexp(energy, -2 * shift) > 1 << 30)
         ++shift;
     std::transform(signal_.begin(), signal_.end(), scaled_.begin(),
                    [shift](std::int16_t x) { return static_cast<std::int16_t>(x >> shift); });
