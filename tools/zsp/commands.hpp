@@ -49,6 +49,15 @@ struct VadOptions {
 };
 void runVad(const VadOptions& options);
 
+struct AecOptions {
+    std::string far, mic, output;
+    int tailMs = 128;
+    bool suppressor = true;
+    bool levelControl = false;
+    std::string report; ///< empty for none
+};
+void runAec(const AecOptions& options);
+
 struct DemoOptions {
     std::string input; ///< empty: the bundled speech
     std::string directory = "demo-out";

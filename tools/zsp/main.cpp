@@ -172,6 +172,37 @@ void addVad(CLI::App& app)
     });
 }
 
+const std::map<std::string, bool> kSwitch = {{"on", true}, {"off", false}};
+
+void addAec(CLI::App& app)
+{
+    auto options = std::make_shared<AecOptions>();
+    CLI::App* command = app.add_subcommand(
+        "aec", "Remove the echo of the far end from a microphone's or line's signal");
+    command->add_option("--far", options->far, "What the loudspeaker or line was given")
+        ->required();
+    command->add_option("--mic", options->mic, "What came back; both at 8 or at 16 kHz, mono")
+        ->required();
+    command
+        ->add_option("-o,--output", options->output,
+                     "Output file, in time with the microphone's signal and as long")
+        ->required();
+    command->add_option("--tail", options->tailMs, "Longest echo in ms")
+        ->check(CLI::Range(8, 512))
+        ->capture_default_str();
+    command
+        ->add_option("--suppressor", options->suppressor,
+                     "Attenuate what the filters leave (default: on)")
+        ->transform(oneOf(kSwitch));
+    command->add_option("--alc", options->levelControl, "Level control after it (default: off)")
+        ->transform(oneOf(kSwitch));
+    command->add_option("--report", options->report, "HTML report of what was done");
+    command->callback([options] {
+        requireProcessor();
+        runAec(*options);
+    });
+}
+
 void addDemo(CLI::App& app)
 {
     auto options = std::make_shared<DemoOptions>();
@@ -196,6 +227,7 @@ int run(int argc, char** argv)
     addG722(app);
     addAlc(app);
     addVad(app);
+    addAec(app);
     addDemo(app);
     try {
         app.parse(argc, argv);
