@@ -18,6 +18,9 @@ void demoG722(const Audio& speech, const std::string& directory, Report& report)
 /// Any speech.
 void demoLevel(const Audio& speech, const std::string& directory, Report& report);
 void demoVad(const Audio& speech, const std::string& directory, Report& report);
+/// Whole calls: 8 kHz speech on a telephone line, 16 kHz speech in a room.
+void demoCalls(const Audio& narrow, const Audio& wide, const std::string& directory,
+               Report& report);
 
 /// How many times faster than real time `work` goes through `seconds` of signal: the best of
 /// several runs, at least 0.1 s altogether.
