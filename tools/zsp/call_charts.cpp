@@ -51,6 +51,26 @@ std::vector<Point> echoLossOverTime(std::span<const std::int16_t> echo,
     return points;
 }
 
+// Marks that follow one another closely share one text, so that it can be read.
+void CallCharts::addMarks(Chart& chart) const
+{
+    std::vector<SendPathTrace::Mark> marks = events;
+    marks.insert(marks.end(), trace->marks.begin(), trace->marks.end());
+    std::stable_sort(marks.begin(), marks.end(),
+                     [](const auto& a, const auto& b) { return a.seconds < b.seconds; });
+    const double close = 0.07 * static_cast<double>(mic.size()) / rate;
+    for (std::size_t i = 0; i < marks.size();) {
+        std::string text = marks[i].text;
+        std::size_t next = i + 1;
+        for (; next < marks.size() && marks[next].seconds < marks[i].seconds + close; ++next) {
+            if (text.find(marks[next].text) == std::string::npos) text += ", " + marks[next].text;
+            chart.mark(marks[next].seconds, "");
+        }
+        chart.mark(marks[i].seconds, text);
+        i = next;
+    }
+}
+
 void CallCharts::addTo(Report& report) const
 {
     const double seconds = static_cast<double>(mic.size()) / rate;
@@ -77,9 +97,7 @@ void CallCharts::addTo(Report& report) const
 
     Chart loss = chart(above, {"dB", -10, 70}, 150, "Echo return loss enhancement");
     loss.line(echoLoss, 5);
-    for (const auto* marks : {&events, &trace->marks})
-        for (const SendPathTrace::Mark& mark : *marks)
-            loss.mark(mark.seconds, mark.text);
+    addMarks(loss);
     work.push_back(std::move(loss));
 
     Chart adaptation(trace->gainDb.empty() ? time : above, {"kHz", 0, rate / 2000.0}, 110);

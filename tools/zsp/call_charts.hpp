@@ -26,6 +26,9 @@ struct CallCharts {
 
     /// Waveforms, spectrograms, echo loss, adaptation, gain.
     void addTo(Report& report) const;
+
+  private:
+    void addMarks(Chart& chart) const;
 };
 
 /// 10 log10 of `echo` over `left` per 100 ms, where the echo is above -60 dBFS.

@@ -59,11 +59,13 @@ void runDemo(const DemoOptions& options)
     for (const Audio* speech : {&narrow, &wide})
         std::printf("Input: %s, %.1f s at %d kHz, %.1f dBFS\n", name.c_str(), speech->seconds(),
                     speech->rate / 1000, levelDbfs(speech->samples));
-    Report report("Speech through the library",
-                  format("%.1f s of telephone speech and %.1f s of wide-band speech (%s) in whole calls, coded, "
-                         "levelled and searched for pauses by the zspsc library: what came out, "
-                         "and how much of the input it kept.",
-                         narrow.seconds(), wide.seconds(), name.c_str()));
+    Report report(
+        "Speech through the library",
+        format(
+            "%.1f s of telephone speech and %.1f s of wide-band speech (%s) in whole calls, coded, "
+            "levelled and searched for pauses by the zspsc library: what came out, "
+            "and how much of the input it kept.",
+            narrow.seconds(), wide.seconds(), name.c_str()));
     demoCalls(narrow, wide, options.directory, report);
     demoG726(narrow, options.directory, report);
     demoG722(wide, options.directory, report);

@@ -20,8 +20,9 @@ constexpr float kFarScale = 16.0F;
 // With it, taps of -24 dB stand for an echo as loud as the far end.
 constexpr float kInitialTapEnergy = 1.0F / (kFarScale * kFarScale);
 constexpr float kStepSize = 0.8F;
-constexpr double kRoomDecay = 0.05;  // s, expected time constant of the echo path's amplitude
+constexpr double kPathDecay = 0.05;  // s, expected time constant of the echo path's amplitude
 constexpr double kForgetTime = 10.0; // s, in which converged taps are expected to change
+constexpr float kLearnt = 0.4F;      // of what an update would teach if frames were independent
 constexpr float kTapEnergyFloor = 4e-10F;
 constexpr float kPowerPerBinAndTap = 1e5F; // below it the far end teaches nothing
 constexpr float kFaint = 3e-3F;            // -25 dB
@@ -135,11 +136,12 @@ EchoCanceller::EchoCanceller(const EchoCancellerOptions& options)
     step_.assign(bins_, 0.0);
     startController();
 
-    // An exponentially decaying path, as rooms have.
+    // An exponentially decaying path, as rooms have; who asks for a long tail has a live room.
+    const double seconds = std::max(kPathDecay, 0.3e-3 * options.tailMs);
     std::vector<double> decay(taps_);
     for (std::size_t t = 0; t < taps_; ++t)
-        decay[t] = std::exp(-2.0 * static_cast<double>(t * hop_) /
-                            (static_cast<double>(rate_) * kRoomDecay));
+        decay[t] =
+            std::exp(-2.0 * static_cast<double>(t * hop_) / (static_cast<double>(rate_) * seconds));
     const double sum = std::accumulate(decay.begin(), decay.end(), 0.0);
     for (double d : decay)
         initialVariance_.push_back(static_cast<float>(d / sum) * kInitialTapEnergy);
@@ -302,13 +304,14 @@ bool EchoCanceller::echoAddedInMostBins() const
     return 2 * added > excited;
 }
 
-// How much of the fixed filter's echo estimate is found in the microphone: the regression of Y on
-// Y - Ef, 1 for the right path whatever the near end says, 0 for an estimate that has nothing to do
-// with the echo. Each bin counts relative to its power, so that a few strong harmonics of a
-// near-end talker, which may have any phase, do not decide.
-float EchoCanceller::estimateFound()
+// Whether the fixed filter's echo estimate is no more found in the microphone. The regression of Y
+// on the estimate Y - Ef is 1 for the right path, whatever the near end says, and 0 for an estimate
+// that has nothing to do with the echo. Each bin counts relative to its power, so that a few strong
+// harmonics of a near-end talker, which may have any phase, do not decide. An estimate 17 dB below
+// the microphone, as beside a loud near end, tells nothing.
+bool EchoCanceller::estimateLost()
 {
-    float found = 0, estimated = 0;
+    float found = 0, estimated = 0, excited = 0;
     for (std::size_t b = 0; b < bins_; ++b) {
         const float* y = &mic_[2 * b];
         const float echo[2] = {y[0] - fixedError_[2 * b], y[1] - fixedError_[2 * b + 1]};
@@ -319,8 +322,9 @@ float EchoCanceller::estimateFound()
         const float weight = 1.0F / (micSlowPower_[b] + echoPower_[b] + 1.0F);
         found += weight * crossPower_[b];
         estimated += weight * echoPower_[b];
+        excited += 1.0F;
     }
-    return estimated > 0 ? found / estimated : 1.0F;
+    return estimated > 0.03F * excited && found < 0.3F * estimated;
 }
 
 // A fixed filter that adds echo instead of removing it belongs to a path that is no more: start
@@ -335,13 +339,12 @@ void EchoCanceller::restartIfDiverged()
     residualSum_ = smooth(residualSum_, restartAlpha_,
                           0.5F * std::accumulate(residual_.begin(), residual_.end(), 0.0F));
     loudest_ = std::max(micSum_, loudest_ * loudestDecay_);
-    const float found = estimateFound();
+    const bool lost = estimateLost() && fixedSum_ > 2.0F * residualSum_;
     if (restartHold_ > 0) {
         --restartHold_;
         return;
     }
     const bool wrong = fixedSum_ > 1.5F * micSum_ && echoAddedInMostBins();
-    const bool lost = found < 0.3F && fixedSum_ > 2.0F * residualSum_;
     if (fixedSum_ <= kFaint * loudest_ || !(wrong || lost)) return;
 
     restartHold_ = static_cast<int>(rate_ / 5 / hop_);
@@ -359,21 +362,21 @@ void EchoCanceller::restartIfDiverged()
 
 // The tap update, k = P step / (S + psi + 1) with the controller's step for the whole far power:
 //
-//   wa += k Ea conj(X),   P = (1 - q) (1 - k |X|^2 / 2) P + q (|wa|^2 + floor)
+//   wa += k Ea conj(X),   P = (1 - q) (1 - kLearnt k |X|^2) P + q (|wa|^2 + floor)
 //
 // Ea conj(X) = (er, ei) . (xr, xr) + (ei, -er) . (xi, xi).
 void EchoCanceller::adapt()
 {
     const float forget =
         static_cast<float>(static_cast<double>(hop_) / (kForgetTime * static_cast<double>(rate_)));
-    Row& weight = output_; // free until the mixer fills it
+    Row& learning = output_; // free until the mixer fills it
     for (std::size_t b = 0; b < bins_; ++b) {
         const std::size_t i = 2 * b;
         const float e = power(&adaptiveError_[i]);
         errorPower_[b] = smooth(errorPower_[b], e > errorPower_[b] ? 0.85F : 0.95F, e);
         const float k =
             static_cast<float>(step_[b]) * farPower_[i] / (residual_[i] + errorPower_[b] + 1.0F);
-        weight[i] = weight[i + 1] = 0.5F * k;
+        learning[i] = learning[i + 1] = kLearnt * k;
         weightA_[i] = k * adaptiveError_[i];
         weightA_[i + 1] = k * adaptiveError_[i + 1];
         weightB_[i] = k * adaptiveError_[i + 1];
@@ -386,7 +389,7 @@ void EchoCanceller::adapt()
     for (std::size_t c = 0; c < stride_; c += kLane) {
         const __m256 a = _mm256_loadu_ps(weightA_.data() + c);
         const __m256 b = _mm256_loadu_ps(weightB_.data() + c);
-        const __m256 half = _mm256_loadu_ps(weight.data() + c);
+        const __m256 rate = _mm256_loadu_ps(learning.data() + c);
         const __m256 q = _mm256_loadu_ps(forget_.data() + c), keep = _mm256_sub_ps(one, q);
         const auto pairSum = [](__m256 v) {
             const __m256 square = _mm256_mul_ps(v, v);
@@ -401,7 +404,7 @@ void EchoCanceller::adapt()
             const __m256 old = _mm256_loadu_ps(p);
             const __m256 tap = _mm256_fmadd_ps(old, direction, _mm256_loadu_ps(wa));
             _mm256_storeu_ps(wa, tap);
-            const __m256 learnt = _mm256_mul_ps(_mm256_mul_ps(half, old), pairSum(far));
+            const __m256 learnt = _mm256_mul_ps(_mm256_mul_ps(rate, old), pairSum(far));
             const __m256 left = _mm256_mul_ps(keep, _mm256_fnmadd_ps(learnt, old, old));
             _mm256_storeu_ps(p, _mm256_fmadd_ps(q, _mm256_add_ps(pairSum(tap), floor), left));
             wa += stride_;
@@ -441,7 +444,7 @@ void EchoCanceller::mixAndSuppress()
         const float input = std::max(0.3F * now + 0.7F * outputPower_[b], 1e-6F);
         const float audible = std::min(1.0F, std::sqrt(noiseFloor_[b] / input));
         const float doubt = residual_[i] / input;
-        const float gain = std::max({1.0F - 6.0F * doubt * doubt, kLowestGain, audible});
+        const float gain = std::max({1.0F - 4.0F * doubt * doubt, kLowestGain, audible});
         gain_[b] = gain < gain_[b] ? 0.4F * gain_[b] + 0.6F * gain : 0.5F * (gain_[b] + gain);
         if (suppressor_) {
             output_[i] *= gain_[b];

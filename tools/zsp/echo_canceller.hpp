@@ -74,7 +74,7 @@ class EchoCanceller {
     void filter();
     void restartIfDiverged();
     [[nodiscard]] bool echoAddedInMostBins() const;
-    float estimateFound();
+    bool estimateLost();
     void adapt();
     void mixAndSuppress();
     [[nodiscard]] Zsp32fc* const* history() const { return far_.table.data() + newest_; }

@@ -26,6 +26,8 @@ LevelControl::LevelControl()
 void LevelControl::setMaxGain(double db)
 {
     require(zspsALCSetGain_G169_16s(static_cast<float>(db), &state_), "zspsALCSetGain_G169_16s");
+    // The library lowers a gain that is too large only while somebody talks.
+    state_.targetGain = std::min(state_.targetGain, state_.maxGain);
 }
 
 void LevelControl::setLevels(double targetDb, double peakDb)

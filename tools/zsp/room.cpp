@@ -76,7 +76,7 @@ std::vector<float> roomResponse(const Room& room, int sampleRate, std::size_t le
                 if (distance > reach) continue;
                 const int bounces = std::abs(ix) + std::abs(iy) + std::abs(iz);
                 addArrival(response, distance * samplesPerMetre,
-                           0.2 * std::pow(reflection, bounces) / std::max(distance, 0.1));
+                           0.4 * std::pow(reflection, bounces) / std::max(distance, 0.1));
             }
         }
     }
