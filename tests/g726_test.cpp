@@ -1,3 +1,4 @@
+#include "g711.hpp"
 #include "g726_adpcm.hpp"
 #include "zspsc.h"
 
@@ -7,10 +8,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
 #include <map>
+#include <utility>
 
 namespace {
 
@@ -137,6 +140,162 @@ TEST(G726, Sequences)
             checkRun<Decoder, std::int16_t>(run);
         else
             checkRun<Decoder, std::uint8_t>(run);
+    }
+}
+
+TEST(G726, StateSizes)
+{
+    std::int32_t size = 0;
+    EXPECT_EQ(zspsEncodeGetStateSize_G726_16s8u(&size), zspStsNoErr);
+    EXPECT_EQ(size, static_cast<std::int32_t>(kEncoderSize));
+    EXPECT_EQ(zspsDecodeGetStateSize_G726_8u16s(&size), zspStsNoErr);
+    EXPECT_EQ(size, static_cast<std::int32_t>(kDecoderSize));
+}
+
+template <typename T>
+std::vector<T> filled(std::size_t count, int value)
+{
+    return std::vector<T>(count, static_cast<T>(value));
+}
+
+TEST(G726, NegativeLengthDoesNothing)
+{
+    std::vector<std::uint8_t> encoder(kEncoderSize), decoder(kDecoderSize);
+    initEncoder(encoder.data());
+    initDecoder(decoder.data());
+    const auto encoderBefore = encoder, decoderBefore = decoder;
+    auto pcm = filled<std::int16_t>(4, 77);
+    auto codes = filled<std::uint8_t>(4, 5);
+    for (const std::int32_t len : {-1, -5, -2147483647 - 1}) {
+        EXPECT_EQ(zspsEncode_G726_16s8u(encoder.data(), pcm.data(), codes.data(), len), 0);
+        EXPECT_EQ(zspsDecode_G726_8u16s(decoder.data(), codes.data(), pcm.data(), len), 0);
+    }
+    EXPECT_EQ(encoder, encoderBefore);
+    EXPECT_EQ(decoder, decoderBefore);
+    EXPECT_EQ(pcm, filled<std::int16_t>(4, 77));
+    EXPECT_EQ(codes, filled<std::uint8_t>(4, 5));
+}
+
+/// A state as the caller holds it: fields by their place in the record.
+std::int16_t word(const std::vector<std::uint8_t>& state, std::size_t offset)
+{
+    std::int16_t value;
+    std::memcpy(&value, &state[offset], sizeof value);
+    return value;
+}
+
+TEST(G726, InitRestartsAndFillsTheRecord)
+{
+    auto fresh = filled<std::uint8_t>(kDecoderSize, 0xee);
+    ASSERT_EQ(zspsDecodeInit_G726_8u16s(fresh.data(), zspG726Rate40, zspG726LawA), zspStsNoErr);
+    EXPECT_EQ(word(fresh, 6), 3) << "rate index";
+    EXPECT_EQ(word(fresh, 8), 544) << "yu";
+    EXPECT_EQ(word(fresh, 12) | word(fresh, 14), 34816 - 65536) << "yl";
+    for (std::size_t i = 0; i < 8; ++i) {
+        EXPECT_EQ(word(fresh, 24 + 2 * i), 0) << "coefficient " << i;
+        EXPECT_EQ(word(fresh, 40 + 2 * i), 32) << "delayed value " << i;
+        EXPECT_EQ(word(fresh, 56 + 2 * i), 0) << "sign " << i;
+    }
+    EXPECT_EQ(word(fresh, 72), zspG726LawA) << "law";
+
+    auto used = fresh;
+    const auto codes = filled<std::uint8_t>(100, 9);
+    std::vector<std::int16_t> out(codes.size());
+    ASSERT_EQ(zspsDecode_G726_8u16s(used.data(), codes.data(), out.data(), 100), zspStsNoErr);
+    EXPECT_NE(used, fresh);
+    ASSERT_EQ(zspsDecodeInit_G726_8u16s(used.data(), zspG726Rate40, zspG726LawA), zspStsNoErr);
+    EXPECT_EQ(used, fresh);
+}
+
+TEST(G726, OutputStaysInItsRange)
+{
+    Samples samples(3);
+    for (const auto& [bits, rate] : {std::pair{2, zspG726Rate16}, std::pair{5, zspG726Rate40}})
+        for (const std::int32_t law : {zspG726LawMu, zspG726LawA, zspG726LawLinear}) {
+            std::vector<std::uint8_t> codes(50000);
+            for (auto& code : codes) // mostly the largest differences: overload
+                code = static_cast<std::uint8_t>(samples.below(4) ? (1 << (bits - 1)) - 1
+                                                                  : samples.below(1 << bits));
+            std::vector<std::int16_t> out(codes.size());
+            Decoder decoder(rate, law);
+            decoder.run(codes.data(), out.data(), static_cast<std::int32_t>(codes.size()));
+            const auto [low, high] = std::minmax_element(out.begin(), out.end());
+            EXPECT_GE(*low, law == zspG726LawLinear ? -8192 : 0);
+            EXPECT_LE(*high, law == zspG726LawLinear ? 8191 : 255);
+            EXPECT_TRUE(law != zspG726LawLinear || *high == 8191) << "no overload reached";
+        }
+}
+
+TEST(G711, ExpandsTheSequences)
+{
+    for (const std::string name :
+         {"nrm_a", "ovr_a", "pcm_init_a", "nrm_m", "ovr_m", "pcm_init_m"}) {
+        const auto codes = readVector<std::uint8_t>("g726/" + name + ".g711");
+        auto pcm = readVector<std::int16_t>("g726/" + name + ".sl");
+        std::vector<std::int16_t> expanded;
+        for (const int code : codes)
+            expanded.push_back(static_cast<std::int16_t>(
+                (name.back() == 'a' ? zsp::g711::expandAlaw(code) : zsp::g711::expandMulaw(code)) >>
+                2));
+        expectEqual(expanded, pcm, name);
+    }
+}
+
+struct G711 {
+    const char* name;
+    int (*expand)(int) noexcept;
+    int (*compress)(int) noexcept;
+    int (*larger)(int) noexcept;
+    int (*smaller)(int) noexcept;
+    int lowest, highest; // code words
+};
+
+constexpr G711 kG711[] = {
+    {"mu-law", zsp::g711::expandMulaw, zsp::g711::compressMulaw, zsp::g711::nextLargerMulaw,
+     zsp::g711::nextSmallerMulaw, 0x00, 0x80},
+    {"A-law", zsp::g711::expandAlaw, zsp::g711::compressAlaw, zsp::g711::nextLargerAlaw,
+     zsp::g711::nextSmallerAlaw, 0x2a, 0xaa},
+};
+
+TEST(G711, NeighboursFollowTheValues)
+{
+    for (const G711& law : kG711) {
+        SCOPED_TRACE(law.name);
+        int previous = law.lowest;
+        EXPECT_EQ(law.smaller(law.lowest), law.lowest);
+        EXPECT_EQ(law.larger(law.highest), law.highest);
+        for (int step = 1; step < 256; ++step) {
+            const int code = law.larger(previous);
+            const bool zeros = law.expand(code) == 0 && law.expand(previous) == 0;
+            EXPECT_TRUE(zeros || law.expand(code) > law.expand(previous)) << "code word " << code;
+            // Downwards the negative zero of mu-law is left out.
+            EXPECT_EQ(law.smaller(code), zeros ? law.smaller(previous) : previous);
+            previous = code;
+        }
+        EXPECT_EQ(previous, law.highest);
+    }
+}
+
+TEST(G711, CompressInvertsExpandAndStaysClose)
+{
+    for (const G711& law : kG711) {
+        SCOPED_TRACE(law.name);
+        for (int code = 0; code < 256; ++code)
+            EXPECT_EQ(law.compress(law.expand(code)), law.expand(code) || code & 128 ? code : 0xff);
+
+        int previous = law.lowest;
+        for (int x = -32768; x < 32768; ++x) {
+            const int code = law.compress(x);
+            ASSERT_LE(law.expand(previous), law.expand(code)) << "falls at " << x;
+            previous = code;
+            // Half of the wider of the two steps around a value, but for the ends.
+            const int value = law.expand(code);
+            const int step = std::max(law.expand(law.larger(code)) - value,
+                                      value - law.expand(law.smaller(code)));
+            ASSERT_TRUE(2 * std::abs(value - x) <= step || code == law.lowest ||
+                        code == law.highest)
+                << x;
+        }
     }
 }
 
