@@ -12,6 +12,7 @@
 #include "state.hpp"
 
 #include <algorithm>
+#include <cstddef>
 #include <numeric>
 
 namespace zsp::gsmamr {
