@@ -51,6 +51,7 @@ TEST(Scaling, AutoScaleKnownBlocks)
         {{-16384, 16383}, 0, {-16384, 16383}, 0, "16384 has norm 0, though -16384 has 1"},
         {{-300, 299}, 9, {-38, 37}, -3, "a right shift rounds down"},
         {{-300, 299}, 2147483647, {-1, 0}, 6 - 2147483647, "of any count"},
+        {{-32768, 32767}, 15, {-1, 0}, -15, "that leaves the sign alone"},
     };
     for (const AutoScaleCase& c : cases) {
         // 17 copies of the last sample, so that the vectors see the block too
