@@ -468,12 +468,12 @@ template <std::size_t width, typename Factor>
 void fillVectors(float* table, std::size_t count, const std::array<std::size_t, width>& order,
                  Factor factor) noexcept
 {
-    for (std::size_t k = 0; k < count; k += width)
-        for (std::size_t lane = 0; lane < width; ++lane) {
-            const Root f = factor(k + order[lane]);
-            table[2 * k + lane] = static_cast<float>(f.re);
-            table[2 * k + width + lane] = static_cast<float>(f.im);
-        }
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::size_t lane = i % width, start = i - lane;
+        const Root f = factor(start + order[lane]);
+        table[2 * start + lane] = static_cast<float>(f.re);
+        table[2 * start + width + lane] = static_cast<float>(f.im);
+    }
 }
 
 constexpr std::array<std::size_t, 4> kNatural4 = {0, 1, 2, 3};
@@ -483,15 +483,18 @@ constexpr std::array<std::size_t, 8> kSplit = {0, 1, 4, 5, 2, 3, 6, 7};
 void fillMatrices(std::size_t n, float* forward, float* inverse) noexcept
 {
     const std::size_t half = n / 2, binsWidth = paddedTo8(n + 2), timeWidth = paddedTo8(n);
-    for (std::size_t k = 0; k <= half; ++k)
+    std::fill_n(forward, n * binsWidth, 0.0F);
+    std::fill_n(inverse, (n + 2) * timeWidth, 0.0F);
+    for (std::size_t k = 0; k <= half; ++k) {
+        const double weight = (k == 0 || k == half ? 1.0 : 2.0) / static_cast<double>(n);
         for (std::size_t i = 0; i < n; ++i) {
             const Root w = root(i * k, n);
-            const double weight = (k == 0 || k == half ? 1.0 : 2.0) / static_cast<double>(n);
             forward[binsWidth * i + 2 * k] = static_cast<float>(w.re);
             forward[binsWidth * i + 2 * k + 1] = static_cast<float>(w.im);
             inverse[timeWidth * 2 * k + i] = static_cast<float>(weight * w.re);
             inverse[timeWidth * (2 * k + 1) + i] = static_cast<float>(weight * w.im);
         }
+    }
 }
 
 /// Both tables of separate().

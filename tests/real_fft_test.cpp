@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -26,7 +27,8 @@ class Transform {
 
     std::vector<Zsp32fc> forward(const std::vector<float>& time)
     {
-        std::vector<Zsp32fc> bins(time.size() / 2 + 1);
+        constexpr float kUnset = std::numeric_limits<float>::quiet_NaN();
+        std::vector<Zsp32fc> bins(time.size() / 2 + 1, {kUnset, kUnset});
         realFftForward(*fft_, time, bins, workArea());
         return bins;
     }
