@@ -243,14 +243,15 @@ void tell(const Scene& scene, const Outcome& o, const std::string& directory, Re
     const Words left = difference(o.run.cancelled, o.call.near);
     const Figures f = measure(scene, o, left);
     std::printf("\n%s\n  echo loss enhancement %.1f dB, 20 dB again %.2f s after the change, near "
-                "end %.1f dB segmental SNR and %+.2f dB in double talk\n",
-                scene.title.c_str(), f.settled, f.recovered, f.nearSnr, f.nearLevel);
+                "end %s dB segmental SNR and %+.2f dB in double talk\n",
+                scene.title.c_str(), f.settled, f.recovered, ratioText(f.nearSnr, 1).c_str(),
+                f.nearLevel);
     report.section(scene.title, scene.text);
     std::vector<Report::Tile> tiles = {
         {format("%.1f dB", f.settled), "echo loss enhancement, settled"},
         {format("%.2f s", f.recovered), "until 20 dB after the change"},
-        {format("%.1f dB", f.nearSnr), "near end in double talk, segmental SNR"},
-        {format("%.1f dB", f.coderSnr), "coder's segmental SNR"}};
+        {ratioText(f.nearSnr, 1) + " dB", "near end in double talk, segmental SNR"},
+        {ratioText(f.coderSnr, 1) + " dB", "coder's segmental SNR"}};
     if (scene.modem) {
         std::printf("  modem's tone detected after %.2f s\n", f.toneDetected);
         tiles.push_back({format("%.2f s", f.toneDetected), "until the tone is detected"});

@@ -72,12 +72,6 @@ Chart spectrogramChart(const Axis& time, const std::string& caption,
     return chart;
 }
 
-/// A ratio, unless there is nothing but silence.
-std::string ratioText(double db)
-{
-    return std::isnan(db) || db < -50 ? "-" : format("%.2f", db);
-}
-
 /// Table and sound files.
 void addFigures(const std::vector<Run>& runs, const std::string& name, const Audio& speech,
                 const std::string& directory, Report& report)
@@ -89,10 +83,10 @@ void addFigures(const std::vector<Run>& runs, const std::string& name, const Aud
         {"Rate", "SNR, dB", "Segmental SNR, dB", "Encoding", "Decoding"}};
     std::vector<Report::Player> players = {{input, "Input"}};
     for (const Run& run : runs) {
-        std::printf("  %6d %8s %14s %20.0f %20.0f\n", run.kbit, ratioText(run.snr).c_str(),
-                    ratioText(run.segmentalSnr).c_str(), run.encodeSpeed, run.decodeSpeed);
-        rows.push_back({format("%d kbit/s", run.kbit), ratioText(run.snr),
-                        ratioText(run.segmentalSnr), format("%.0f × real time", run.encodeSpeed),
+        std::printf("  %6d %8s %14s %20.0f %20.0f\n", run.kbit, ratioText(run.snr, 2).c_str(),
+                    ratioText(run.segmentalSnr, 2).c_str(), run.encodeSpeed, run.decodeSpeed);
+        rows.push_back({format("%d kbit/s", run.kbit), ratioText(run.snr, 2),
+                        ratioText(run.segmentalSnr, 2), format("%.0f × real time", run.encodeSpeed),
                         format("%.0f × real time", run.decodeSpeed)});
         const std::string file = name + format("-%d.wav", run.kbit);
         writeWav(directory + "/" + file, run.decoded, speech.rate);

@@ -1,5 +1,7 @@
 #include "measure.hpp"
 
+#include "text.hpp"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -74,6 +76,11 @@ double segmentalSnrDb(std::span<const std::int16_t> reference, std::span<const s
         ++count;
     }
     return count > 0 ? sum / count : std::numeric_limits<double>::quiet_NaN();
+}
+
+std::string ratioText(double db, int decimals)
+{
+    return std::isnan(db) || db < -50 ? "-" : format("%.*f", decimals, db);
 }
 
 std::vector<std::int16_t> difference(std::span<const std::int16_t> reference,

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace zsp::host {
@@ -24,6 +25,9 @@ std::vector<double> snrOverTime(std::span<const std::int16_t> reference,
 /// Mean of the ratios of 20 ms segments with speech, each limited to -10..45 dB.
 double segmentalSnrDb(std::span<const std::int16_t> reference, std::span<const std::int16_t> test,
                       int rate);
+
+/// The ratio as text, or "-" where there was nothing but silence.
+std::string ratioText(double db, int decimals);
 
 /// `reference` minus `test`, saturated.
 std::vector<std::int16_t> difference(std::span<const std::int16_t> reference,
