@@ -17,21 +17,24 @@ using Words = std::vector<std::int16_t>;
 
 const Audio& speech(int rate)
 {
-    static const Audio narrow = [] {
-        AudioReader reader(ZSPSC_DATA_DIR "/speech_8k.wav");
+    const auto load = [](const char* path) {
+        AudioReader reader(path);
         return readAsStored(reader);
-    }();
+    };
+    static const Audio narrow = load(ZSPSC_DATA_DIR "/speech_8k.wav");
     static const Audio wide = resampled(narrow, 16000);
     return rate == 8000 ? narrow : wide;
 }
 
-/// `seconds` of speech after `pause` seconds of silence, from second `from` of the recording.
+/// `seconds` of speech after `pause` seconds of silence, from second `from` of the recording, which
+/// goes round.
 Words talk(int rate, double from, double seconds, double pause = 0)
 {
     const Words& all = speech(rate).samples;
     Words words(static_cast<std::size_t>(pause * rate));
-    const auto first = all.begin() + static_cast<std::ptrdiff_t>(from * rate);
-    words.insert(words.end(), first, first + static_cast<std::ptrdiff_t>(seconds * rate));
+    const auto first = static_cast<std::size_t>(from * rate);
+    for (std::size_t n = 0; n < static_cast<std::size_t>(seconds * rate); ++n)
+        words.push_back(all[(first + n) % all.size()]);
     return words;
 }
 
