@@ -26,6 +26,7 @@ constexpr float kLearnt = 0.4F;      // of what an update would teach if frames 
 constexpr float kTapEnergyFloor = 4e-10F;
 constexpr float kPowerPerBinAndTap = 1e5F; // below it the far end teaches nothing
 constexpr float kFaint = 3e-3F;            // -25 dB
+constexpr float kCaution = 0.1F;           // of the estimated echo, left after a start
 constexpr float kLowestGain = 0.03F;
 constexpr float kQuiet = 32768.0F * 5.6234133e-3F; // -45 dB below full scale, rms
 
@@ -107,7 +108,8 @@ EchoCanceller::EchoCanceller(const EchoCancellerOptions& options)
       stride_((2 * bins_ + kLane - 1) / kLane * kLane), suppressor_(options.suppressor),
       threshold_(kPowerPerBinAndTap * static_cast<float>(bins_ * taps_)),
       restartAlpha_(smoothing(0.060, hop_, rate_)), foundAlpha_(smoothing(0.3, hop_, rate_)),
-      loudestDecay_(smoothing(1.0, hop_, rate_)), mixAlpha_(smoothing(0.015, hop_, rate_))
+      loudestDecay_(smoothing(1.0, hop_, rate_)), mixAlpha_(smoothing(0.015, hop_, rate_)),
+      cautionDecay_(smoothing(1.5, hop_, rate_))
 {
     assert(options.sampleRate == 8000 || options.sampleRate == 16000);
     assert(options.tailMs >= 8 && options.tailMs <= 512);
@@ -130,9 +132,10 @@ EchoCanceller::EchoCanceller(const EchoCancellerOptions& options)
                      &residual_, &errorPower_, &weightA_, &weightB_, &forget_})
         row->assign(stride_, 0.0F);
     for (Row* row : {&adaptivePower_, &fixedPower_, &micPower_, &crossPower_, &echoPower_,
-                     &micSlowPower_, &share_, &outputPower_, &noiseFloor_})
+                     &micSlowPower_, &share_, &outputPower_, &noiseFloor_, &estimatePower_})
         row->assign(bins_, 0.0F);
     gain_.assign(bins_, 1.0F);
+    caution_.assign(bins_, kCaution);
     step_.assign(bins_, 0.0);
     startController();
 
@@ -355,6 +358,7 @@ void EchoCanceller::restartIfDiverged()
         status_.restarted = true;
         for (Rows* rows : {&adaptive_, &fixed_})
             std::fill(rows->values.begin(), rows->values.end(), 0.0F);
+        std::fill(caution_.begin(), caution_.end(), kCaution);
         zspsSubbandControllerReset_EC_32f(controller_.data());
     }
     filter();
@@ -443,7 +447,13 @@ void EchoCanceller::mixAndSuppress()
         noiseFloor_[b] = std::max(noiseFloor_[b], 1.0F);
         const float input = std::max(0.3F * now + 0.7F * outputPower_[b], 1e-6F);
         const float audible = std::min(1.0F, std::sqrt(noiseFloor_[b] / input));
-        const float doubt = residual_[i] / input;
+        // Voiced speech excites a bin with one frequency at a time, which teaches less than P
+        // counts: in the first seconds a share of the estimated echo is left in any case.
+        const float echo[2] = {mic_[i] - output_[i], mic_[i + 1] - output_[i + 1]};
+        estimatePower_[b] = 0.8F * estimatePower_[b] + 0.2F * power(echo);
+        if (farPower_[i] > threshold_) caution_[b] *= cautionDecay_;
+        const float left = std::max(residual_[i], caution_[b] * estimatePower_[b]);
+        const float doubt = left / input;
         const float gain = std::max({1.0F - 4.0F * doubt * doubt, kLowestGain, audible});
         gain_[b] = gain < gain_[b] ? 0.4F * gain_[b] + 0.6F * gain : 0.5F * (gain_[b] + gain);
         if (suppressor_) {

@@ -110,9 +110,10 @@ class EchoCanceller {
     Row crossPower_, echoPower_, micSlowPower_;
     int restartHold_ = 0;
 
-    float mixAlpha_;
+    float mixAlpha_, cautionDecay_;
     Row adaptivePower_, fixedPower_, micPower_; // over 15 ms
     Row share_;                                 // of the adaptive filter in the output
+    Row estimatePower_, caution_;               // of the estimated echo; its share surely left
     Row outputPower_, noiseFloor_, gain_;       // of the suppressor
 
     Row farScaled_, micDelay_;
