@@ -35,8 +35,8 @@ struct RealFftPlan {
     const float* columns;    // inside the transforms of columns
 };
 
-/// Bytes of a plan's storage, with room for two alignments to kFftAlignment: its own and one of what
-/// stands before it. `order` is 1 to kMaxFftOrder.
+/// Bytes of a plan's storage, with room for two alignments to kFftAlignment: its own and one of
+/// what stands before it. `order` is 1 to kMaxFftOrder.
 std::int64_t realFftPlanSize(int order) noexcept;
 
 /// Bytes of a call's work area, with room for two alignments as well.
