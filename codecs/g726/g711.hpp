@@ -1,5 +1,5 @@
-// The two code words laws of ITU-T G.711, on 16-bit linear values. Everything is computed from the
-// rules of the Recommendation; there are no tables here.
+// The two laws of ITU-T G.711 between code words and 16-bit linear values. Everything is computed
+// from the rules of the Recommendation; there are no tables here.
 #pragma once
 
 #include <algorithm>

@@ -221,10 +221,11 @@ void decodeScalar(CoderState& state, Law law, In8 code, Out16 out) noexcept
     for (std::size_t n = 0; n < code.size(); ++n) {
         const Estimate estimate = accum(state);
         const int y = mix(state);
-        const int sr = update(state, rate, code[n], estimate, y);
+        const int received = code[n] & ((1 << rate.bits) - 1); // any byte stays in the tables
+        const int sr = update(state, rate, received, estimate, y);
         out[n] = static_cast<std::int16_t>(law == Law::uniform
                                                ? std::clamp(sr, -8192, 8191)
-                                               : tandem(rate, law, code[n], sr, estimate.se, y));
+                                               : tandem(rate, law, received, sr, estimate.se, y));
     }
 }
 

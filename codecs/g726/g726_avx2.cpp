@@ -431,7 +431,8 @@ void decode(CoderState& state, In8 code, Out16 out) noexcept
     for (std::size_t n = 0; n < code.size(); ++n) {
         const int y = coder.y();
         const __m256i se = coder.se();
-        const Step& step = R::kSteps[code[n]];
+        const std::size_t received = code[n] & (R::kCodes - 1); // any byte stays in the table
+        const Step& step = R::kSteps[received];
         const int sr = _mm256_cvtsi256_si32(coder.update(step, Difference::of(step, y))) >> 16;
         if constexpr (Output == Law::uniform) {
             out[n] = static_cast<std::int16_t>(std::clamp(sr, -8192, 8191));
@@ -441,7 +442,7 @@ void decode(CoderState& state, In8 code, Out16 out) noexcept
             // In the order of the values the sign bit counts upside down.
             constexpr int kHalf = R::kHalf;
             const int id = R::kQuantised[isNegative(dx)][Quantiser<R>(y).above(dx)].code ^ kHalf;
-            const int im = code[n] ^ kHalf;
+            const int im = static_cast<int>(received) ^ kHalf;
             out[n] = sp.adjusted[static_cast<std::size_t>(1 + (id < im) - (id > im))];
         }
     }
