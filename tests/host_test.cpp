@@ -331,6 +331,54 @@ TEST_F(Host, AlcLevelsAsTheLibraryDoes)
     EXPECT_FALSE(fs::exists(path("no.wav")));
 }
 
+TEST_F(Host, AecRemovesTheEchoInTime)
+{
+    for (const std::uint32_t rate : {8000u, 16000u}) {
+        const std::size_t second = rate, echoDelay = 130;
+        Words far = someSignal(4 * second), mic(4 * second + 77);
+        std::fill(far.begin() + static_cast<std::ptrdiff_t>(3 * second), far.end(),
+                  std::int16_t{0});
+        for (std::size_t i = echoDelay; i < far.size(); ++i)
+            mic[i] = static_cast<std::int16_t>(far[i - echoDelay] / 2);
+        const Words near = someSignal(second / 2); // alone, when the echo is over
+        std::copy(near.begin(), near.end(),
+                  mic.begin() + static_cast<std::ptrdiff_t>(7 * second / 2));
+        put("far.wav", wavFile(far, rate));
+        put("mic.wav", wavFile(mic, rate));
+        EXPECT_EQ(zsp("aec --far far.wav --mic mic.wav -o out.raw --tail 64 --report r.html").text,
+                  "");
+        const Bytes out = get("out.raw");
+        ASSERT_EQ(out.size(), 2 * mic.size());
+        const auto sample = [&out](std::size_t i) {
+            return static_cast<std::int16_t>(out[2 * i] | out[2 * i + 1] << 8);
+        };
+        double echo = 0, left = 0, wanted = 0, error = 0;
+        for (std::size_t i = 2 * second; i < 3 * second; ++i) {
+            echo += 1.0 * mic[i] * mic[i];
+            left += 1.0 * sample(i) * sample(i);
+        }
+        for (std::size_t i = 7 * second / 2; i < 4 * second; ++i) {
+            wanted += 1.0 * mic[i] * mic[i];
+            error += std::pow(sample(i) - mic[i], 2);
+        }
+        EXPECT_LT(left, echo * 1e-3) << rate;
+        EXPECT_LT(error, wanted * 1e-4) << "late or early at " << rate;
+        EXPECT_GT(get("r.html").size(), 10000u);
+        EXPECT_EQ(zsp("aec --far far.wav --mic mic.wav -o again.raw --tail 64").status, 0);
+        EXPECT_EQ(get("again.raw"), out);
+        EXPECT_EQ(
+            zsp("aec --far far.wav --mic mic.wav -o other.raw --suppressor off --alc on").status,
+            0);
+        EXPECT_NE(get("other.raw"), out);
+    }
+    put("far.wav", wavFile(Words(8000), 8000)); // the microphone's is at 16 kHz now
+    EXPECT_EQ(zsp("aec --far far.wav --mic mic.wav -o no.wav").status, 1);
+    put("far.wav", wavFile(Words(8000), 44100));
+    EXPECT_EQ(zsp("aec --far far.wav --mic far.wav -o no.wav").status, 1);
+    EXPECT_EQ(zsp("aec --far mic.wav --mic mic.wav -o no.wav --tail 7").status, 2);
+    EXPECT_FALSE(fs::exists(path("no.wav")));
+}
+
 TEST_F(Host, VadFindsTheBurstAtEveryRate)
 {
     // Two seconds of faint noise, one of loud noise that rises and falls as syllables do, two
