@@ -3,7 +3,13 @@
 # address and undefined-behaviour sanitizers, and runs clang-tidy over library and host. Installs
 # missing Debian packages first.
 #
-#   ./check.sh [format|release|asan|tidy ...]      all of them without arguments
+#   ./check.sh                          format, release, asan and tidy
+#   ./check.sh CHECK...                 one or some of these, or of what takes more packages:
+#
+#     tsan         the tests under the thread sanitizer
+#     windows      cross-build with mingw-w64, all tests under Wine
+#     packages     Debian packages: lintian, install, use, remove (as root)
+#     reproducible two builds in different directories, compared byte by byte
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 
@@ -29,6 +35,23 @@ check_tidy() {
     git ls-files {alc,codecs,common,companion,core,ec,tools}/'*.cpp' |
         xargs -P "$(nproc)" -n 1 clang-tidy --quiet -p build/release \
             --extra-arg=-UNDEBUG --extra-arg=-Wno-unknown-warning-option 2>/dev/null
+}
+
+check_tsan() {
+    cmake --workflow --preset tsan
+}
+
+check_windows() {
+    install_packages "${windows_packages[@]}"
+    cmake --workflow --preset windows
+}
+
+check_packages() {
+    packaging/check.sh
+}
+
+check_reproducible() {
+    packaging/reproducible.sh
 }
 
 [ "$#" -gt 0 ] || set -- format release asan tidy
