@@ -37,9 +37,10 @@ float smoothing(double seconds, std::size_t hop, std::size_t rate)
         std::exp(-static_cast<double>(hop) / (seconds * static_cast<double>(rate))));
 }
 
+/// The last term keeps the sums of digital silence away from denormal numbers, which cost time.
 float smooth(float old, float alpha, float fresh)
 {
-    return alpha * old + (1.0F - alpha) * fresh;
+    return alpha * old + (1.0F - alpha) * fresh + 1e-20F;
 }
 
 /// Modified Bessel function of order 0, by its power series.
@@ -428,7 +429,7 @@ void EchoCanceller::mixAndSuppress()
         fixedPower_[b] = smooth(fixedPower_[b], mixAlpha_, power(&fixedError_[i]));
         micPower_[b] = smooth(micPower_[b], mixAlpha_, power(&mic_[i]));
         const float ratio = adaptivePower_[b] / std::max(fixedPower_[b], 1e-6F);
-        share_[b] = 0.7F * share_[b] + 0.3F * std::clamp((0.9F - ratio) / 0.4F, 0.0F, 1.0F);
+        share_[b] = smooth(share_[b], 0.7F, std::clamp((0.9F - ratio) / 0.4F, 0.0F, 1.0F));
         // Neither filter may make a bin louder than it came in: then the microphone is better.
         const float errorPower = fixedPower_[b] + share_[b] * (adaptivePower_[b] - fixedPower_[b]);
         const float excess = errorPower / std::max(micPower_[b], 1e-6F);
@@ -440,7 +441,7 @@ void EchoCanceller::mixAndSuppress()
         }
 
         const float now = power(&output_[i]);
-        outputPower_[b] = 0.8F * outputPower_[b] + 0.2F * now;
+        outputPower_[b] = smooth(outputPower_[b], 0.8F, now);
         noiseFloor_[b] = outputPower_[b] < noiseFloor_[b]
                              ? 0.9F * noiseFloor_[b] + 0.1F * outputPower_[b]
                              : noiseFloor_[b] * growth;
@@ -450,8 +451,8 @@ void EchoCanceller::mixAndSuppress()
         // Voiced speech excites a bin with one frequency at a time, which teaches less than P
         // counts: in the first seconds a share of the estimated echo is left in any case.
         const float echo[2] = {mic_[i] - output_[i], mic_[i + 1] - output_[i + 1]};
-        estimatePower_[b] = 0.8F * estimatePower_[b] + 0.2F * power(echo);
-        if (farPower_[i] > threshold_) caution_[b] *= cautionDecay_;
+        estimatePower_[b] = smooth(estimatePower_[b], 0.8F, power(echo));
+        if (farPower_[i] > threshold_) caution_[b] = smooth(caution_[b], cautionDecay_, 0.0F);
         const float left = std::max(residual_[i], caution_[b] * estimatePower_[b]);
         const float doubt = left / input;
         const float gain = std::max({1.0F - 4.0F * doubt * doubt, kLowestGain, audible});
