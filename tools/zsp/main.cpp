@@ -262,5 +262,10 @@ int run(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
-    return zsp::host::run(argc, argv);
+    try {
+        return zsp::host::run(argc, argv);
+    } catch (...) { // memory is short already while the command line is set up
+        std::fputs("zsp: out of memory\n", stderr);
+        return 1;
+    }
 }
