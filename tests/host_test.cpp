@@ -345,8 +345,8 @@ TEST_F(Host, AecRemovesTheEchoInTime)
                   mic.begin() + static_cast<std::ptrdiff_t>(7 * second / 2));
         put("far.wav", wavFile(far, rate));
         put("mic.wav", wavFile(mic, rate));
-        EXPECT_EQ(zsp("aec --far far.wav --mic mic.wav -o out.raw --tail 64 --report r.html").text,
-                  "");
+        const std::string call = "aec --far far.wav --mic mic.wav --tail 64 ";
+        EXPECT_EQ(zsp(call + "-o out.raw --suppressor on --report r.html").text, "");
         const Bytes out = get("out.raw");
         ASSERT_EQ(out.size(), 2 * mic.size());
         const auto sample = [&out](std::size_t i) {
@@ -364,12 +364,14 @@ TEST_F(Host, AecRemovesTheEchoInTime)
         EXPECT_LT(left, echo * 1e-3) << rate;
         EXPECT_LT(error, wanted * 1e-4) << "late or early at " << rate;
         EXPECT_GT(get("r.html").size(), 10000u);
-        EXPECT_EQ(zsp("aec --far far.wav --mic mic.wav -o again.raw --tail 64").status, 0);
+        EXPECT_EQ(zsp(call + "-o again.raw --suppressor on").status, 0);
         EXPECT_EQ(get("again.raw"), out);
-        EXPECT_EQ(
-            zsp("aec --far far.wav --mic mic.wav -o other.raw --suppressor off --alc on").status,
-            0);
+        EXPECT_EQ(zsp(call + "-o alone.raw").status, 0);
+        EXPECT_EQ(zsp(call + "-o other.raw --suppressor off --alc off").status, 0);
+        EXPECT_EQ(get("other.raw"), get("alone.raw"));
         EXPECT_NE(get("other.raw"), out);
+        EXPECT_EQ(zsp(call + "-o levelled.raw --alc on").status, 0);
+        EXPECT_NE(get("levelled.raw"), get("alone.raw"));
     }
     put("far.wav", wavFile(Words(8000), 8000)); // the microphone's is at 16 kHz now
     EXPECT_EQ(zsp("aec --far far.wav --mic mic.wav -o no.wav").status, 1);

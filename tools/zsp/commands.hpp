@@ -52,7 +52,7 @@ void runVad(const VadOptions& options);
 struct AecOptions {
     std::string far, mic, output;
     int tailMs = 128;
-    bool suppressor = true;
+    bool suppressor = false;
     bool levelControl = false;
     std::string report; ///< empty for none
 };

@@ -192,7 +192,7 @@ void addAec(CLI::App& app)
         ->capture_default_str();
     command
         ->add_option("--suppressor", options->suppressor,
-                     "Attenuate what the filters leave (default: on)")
+                     "Attenuate what the filters leave (default: off)")
         ->transform(oneOf(kSwitch));
     command->add_option("--alc", options->levelControl, "Level control after it (default: off)")
         ->transform(oneOf(kSwitch));
