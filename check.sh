@@ -32,7 +32,7 @@ check_asan() {
 # others is not ours, so only findings are shown.
 check_tidy() {
     [ -f build/release/compile_commands.json ] || cmake --preset release
-    git ls-files {alc,codecs,common,companion,core,ec,tools}/'*.cpp' |
+    git ls-files {alc,codecs,common,companion,core,ec,signals,tools}/'*.cpp' |
         xargs -P "$(nproc)" -n 1 clang-tidy --quiet -p build/release \
             --extra-arg=-UNDEBUG --extra-arg=-Wno-unknown-warning-option 2>/dev/null
 }

@@ -5,11 +5,11 @@
 // limit. The gain rises slowly and falls at once. All arithmetic is single precision, rounded after
 // each operation.
 
-#include "alc_g169.hpp"
+#include "alc/alc_g169.hpp"
 
-#include "avx2.hpp"
-#include "entries.hpp"
-#include "state.hpp"
+#include "core/avx2.hpp"
+#include "core/entries.hpp"
+#include "core/state.hpp"
 
 #include <algorithm>
 #include <array>

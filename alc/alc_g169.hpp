@@ -1,6 +1,6 @@
 #pragma once
 
-#include "spans.hpp"
+#include "core/spans.hpp"
 #include "zspsc.h"
 
 namespace zsp::alc {

@@ -1,4 +1,4 @@
-#include "bulk.hpp"
+#include "core/bulk.hpp"
 
 #include "zspcore.h"
 

@@ -1,11 +1,11 @@
 // The dispatch table: one pointer per export in writable data, filled by the linker and never
 // written afterwards. stubs.S jumps through it.
 
-#include "entries.hpp"
+#include "core/entries.hpp"
 
 extern "C" {
 #define ZSP_EXPORT(name) constinit decltype(&::name) zspSlot_##name = &zsp::entry::name;
 #define ZSP_EXPORT_AS(name, shared)                                                                \
     constinit decltype(&::name) zspSlot_##name = &zsp::entry::shared;
-#include "exports.inc"
+#include "core/exports.inc"
 }

@@ -8,6 +8,6 @@ namespace zsp::entry {
 
 #define ZSP_EXPORT(name) decltype(::name) name;
 #define ZSP_EXPORT_AS(name, shared) static_assert(sizeof(&::name) != 0);
-#include "exports.inc"
+#include "core/exports.inc"
 
 } // namespace zsp::entry

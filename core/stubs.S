@@ -21,7 +21,7 @@
         .hidden zspLoadAnchor
         .reloc ., R_X86_64_NONE, zspLoadAnchor
 #endif
-#include "exports.inc"
+#include "core/exports.inc"
 
 #ifdef __ELF__
         .section .note.GNU-stack, "", @progbits

@@ -1,6 +1,6 @@
 // The version record, in read-only data.
 
-#include "entries.hpp"
+#include "core/entries.hpp"
 
 namespace zsp::entry {
 

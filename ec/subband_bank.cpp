@@ -7,13 +7,13 @@
 // One set-up serves both families. The work buffer holds the block of N values that stands between
 // window and transform, then the transform's own area.
 
-#include "bulk.hpp"
-#include "entries.hpp"
-#include "real_fft.hpp"
-#include "real_fft_16s.hpp"
-#include "state.hpp"
-#include "subband_fold.hpp"
-#include "subband_windows.hpp"
+#include "common/fft/real_fft.hpp"
+#include "common/fft/real_fft_16s.hpp"
+#include "core/bulk.hpp"
+#include "core/entries.hpp"
+#include "core/state.hpp"
+#include "ec/subband_fold.hpp"
+#include "ec/subband_windows.hpp"
 
 #include <algorithm>
 #include <cstddef>

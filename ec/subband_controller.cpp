@@ -6,12 +6,12 @@
 // clearly less error, and back when they leave clearly more. Everything is in single precision, in
 // the order written; smoothing with a factor a is v = a v + (1 - a) new.
 
-#include "subband_controller.hpp"
+#include "ec/subband_controller.hpp"
 
-#include "avx2.hpp"
-#include "bulk.hpp"
-#include "entries.hpp"
-#include "state.hpp"
+#include "core/avx2.hpp"
+#include "core/bulk.hpp"
+#include "core/entries.hpp"
+#include "core/state.hpp"
 
 #include <algorithm>
 #include <cmath>

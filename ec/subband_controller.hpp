@@ -1,7 +1,7 @@
 // Steering of the adaptive and the fixed filters of a sub-band echo canceller: state and kernels.
 #pragma once
 
-#include "spans.hpp"
+#include "core/spans.hpp"
 #include "zspsc.h"
 
 #include <cstddef>

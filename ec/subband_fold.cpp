@@ -6,10 +6,10 @@
 // N is a power of two and divides L, so that i mod N is a mask. Transforms shorter than a vector
 // take the definitions.
 
-#include "subband_fold.hpp"
+#include "ec/subband_fold.hpp"
 
-#include "avx2.hpp"
-#include "fixed_point.hpp"
+#include "core/avx2.hpp"
+#include "core/fixed_point.hpp"
 
 #include <cmath>
 #include <cstddef>

@@ -2,7 +2,7 @@
 // length, a divisor of L.
 #pragma once
 
-#include "spans.hpp"
+#include "core/spans.hpp"
 
 namespace zsp::ec {
 

@@ -7,10 +7,10 @@
 // a reversal of the phase shows as a short dip of the ratio. Two reversals, each 413 to 466 ms
 // after the one before, are the signal.
 
-#include "tone_detect.hpp"
+#include "ec/tone_detect.hpp"
 
-#include "entries.hpp"
-#include "state.hpp"
+#include "core/entries.hpp"
+#include "core/state.hpp"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 // State of the disabling-tone detector.
 #pragma once
 
-#include "spans.hpp"
+#include "core/spans.hpp"
 
 #include <cstdint>
 #include <type_traits>

@@ -5,10 +5,10 @@
 //
 // The last frequency is kept at half scale.
 
-#include "amrwb_isf.hpp"
+#include "codecs/amrwb/amrwb_isf.hpp"
 
-#include "avx2.hpp"
-#include "entries.hpp"
+#include "core/avx2.hpp"
+#include "core/entries.hpp"
 
 #include <algorithm>
 #include <cassert>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "amrwb_isf_tables.hpp"
-#include "spans.hpp"
+#include "codecs/amrwb/amrwb_isf_tables.hpp"
+#include "core/spans.hpp"
 
 #include <array>
 #include <cstdint>

@@ -3,9 +3,9 @@
 //
 //   isf = mean + codevectors, then raised to at least 128 above the element before
 
-#include "amrwb_isf.hpp"
-#include "avx2.hpp"
-#include "entries.hpp"
+#include "codecs/amrwb/amrwb_isf.hpp"
+#include "core/avx2.hpp"
+#include "core/entries.hpp"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 // Tables of the AMR-WB immittance spectral frequencies.
 #pragma once
 
-#include "cosine.hpp"
-#include "fixed_point.hpp"
+#include "common/math/cosine.hpp"
+#include "core/fixed_point.hpp"
 
 #include <array>
 #include <cstddef>

@@ -4,13 +4,13 @@
 // falls with the noise level and rises with the distance of the speech level from it. A hangover
 // behind bursts makes the flag.
 
-#include "amrwb_vad.hpp"
+#include "codecs/amrwb/amrwb_vad.hpp"
 
-#include "background.hpp"
-#include "energy.hpp"
-#include "entries.hpp"
-#include "half_band_bank_avx2.hpp"
-#include "state.hpp"
+#include "codecs/shared/vad/background.hpp"
+#include "codecs/shared/vad/half_band_bank_avx2.hpp"
+#include "common/correlation/energy.hpp"
+#include "core/entries.hpp"
+#include "core/state.hpp"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,8 +1,8 @@
 // Voice activity detector of AMR-WB: twelve bands of the 12.8 kHz core signal. 3GPP TS 26.194.
 #pragma once
 
-#include "fixed_point.hpp"
-#include "half_band_bank.hpp"
+#include "codecs/shared/vad/half_band_bank.hpp"
+#include "core/fixed_point.hpp"
 #include "zspsc.h"
 
 namespace zsp::amrwb {

@@ -5,13 +5,13 @@
 // saturate after every operation. Coefficients are Q14 and enter mult() with a doubled signal. The
 // versions with both bands in one vector are in g722_adpcm_avx2.cpp.
 
-#include "g722_adpcm.hpp"
+#include "codecs/g722/g722_adpcm.hpp"
 
-#include "entries.hpp"
-#include "fixed_point.hpp"
-#include "g722_quantiser.hpp"
-#include "g722_tables.hpp"
-#include "state.hpp"
+#include "codecs/g722/g722_quantiser.hpp"
+#include "codecs/g722/g722_tables.hpp"
+#include "core/entries.hpp"
+#include "core/fixed_point.hpp"
+#include "core/state.hpp"
 
 #include <algorithm>
 #include <cassert>

@@ -1,8 +1,8 @@
 // The sub-band ADPCM coder of ITU-T G.722, both bands of an 8 kHz instant at a time.
 #pragma once
 
-#include "spans.hpp"
-#include "state.hpp"
+#include "core/spans.hpp"
+#include "core/state.hpp"
 
 #include <array>
 #include <cstdint>

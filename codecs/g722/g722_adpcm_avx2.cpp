@@ -1,11 +1,11 @@
 // Sub-band ADPCM of ITU-T G.722 with both bands in one vector, the lower band in the lower half.
 // The words' operations are saturating instructions; codes and scale factors stay scalar.
 
-#include "avx2.hpp"
-#include "fixed_point.hpp"
-#include "g722_adpcm.hpp"
-#include "g722_quantiser.hpp"
-#include "g722_tables.hpp"
+#include "codecs/g722/g722_adpcm.hpp"
+#include "codecs/g722/g722_quantiser.hpp"
+#include "codecs/g722/g722_tables.hpp"
+#include "core/avx2.hpp"
+#include "core/fixed_point.hpp"
 
 #include <bit>
 #include <cassert>

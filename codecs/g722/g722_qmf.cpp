@@ -7,12 +7,12 @@
 //
 // |even| and |odd| are at most 12964 * 32768, so neither they nor their sum leave 32 bits.
 
-#include "g722_qmf.hpp"
+#include "codecs/g722/g722_qmf.hpp"
 
-#include "avx2.hpp"
-#include "entries.hpp"
-#include "fixed_point.hpp"
-#include "g722_tables.hpp"
+#include "codecs/g722/g722_tables.hpp"
+#include "core/avx2.hpp"
+#include "core/entries.hpp"
+#include "core/fixed_point.hpp"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 // The quadrature-mirror filters of ITU-T G.722, clause 5: 16 kHz samples to pairs and back.
 #pragma once
 
-#include "spans.hpp"
+#include "core/spans.hpp"
 
 #include <cstdint>
 #include <span>

@@ -1,9 +1,9 @@
 // The quantisers' outputs and the scale factors of ITU-T G.722, block by block.
 #pragma once
 
-#include "fixed_point.hpp"
-#include "g722_adpcm.hpp"
-#include "g722_tables.hpp"
+#include "codecs/g722/g722_adpcm.hpp"
+#include "codecs/g722/g722_tables.hpp"
+#include "core/fixed_point.hpp"
 
 #include <algorithm>
 #include <cstddef>

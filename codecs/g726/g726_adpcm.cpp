@@ -4,12 +4,12 @@
 // saturates except where the Recommendation limits: every signal is a register of a width of its
 // own, and the few that can overflow wrap at 16 bits. A sign is 0 or 1, 1 for negative.
 
-#include "g726_adpcm.hpp"
+#include "codecs/g726/g726_adpcm.hpp"
 
-#include "entries.hpp"
-#include "g726_law.hpp"
-#include "g726_tables.hpp"
-#include "state.hpp"
+#include "codecs/g726/g726_law.hpp"
+#include "codecs/g726/g726_tables.hpp"
+#include "core/entries.hpp"
+#include "core/state.hpp"
 
 #include <algorithm>
 #include <bit>

@@ -1,7 +1,7 @@
 // ITU-T G.726 ADPCM: the state records and the coder's two directions.
 #pragma once
 
-#include "spans.hpp"
+#include "core/spans.hpp"
 
 #include <array>
 #include <cstddef>

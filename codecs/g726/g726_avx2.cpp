@@ -4,12 +4,12 @@
 // registers, and what does not depend on d is made before d is there. Words that wrap at 16 bits
 // stand in the upper halves of 32-bit lanes.
 
-#include "g726_adpcm.hpp"
+#include "codecs/g726/g726_adpcm.hpp"
 
-#include "avx2.hpp"
-#include "g726_lanes.hpp"
-#include "g726_law.hpp"
-#include "g726_steps.hpp"
+#include "codecs/g726/g726_lanes.hpp"
+#include "codecs/g726/g726_law.hpp"
+#include "codecs/g726/g726_steps.hpp"
+#include "core/avx2.hpp"
 
 #include <algorithm>
 #include <bit>

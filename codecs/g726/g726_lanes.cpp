@@ -1,4 +1,4 @@
-#include "g726_lanes.hpp"
+#include "codecs/g726/g726_lanes.hpp"
 
 namespace zsp::g726 {
 

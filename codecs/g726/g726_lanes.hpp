@@ -2,8 +2,8 @@
 // FMULT of ITU-T G.726.
 #pragma once
 
-#include "avx2.hpp"
-#include "g726_steps.hpp"
+#include "codecs/g726/g726_steps.hpp"
+#include "core/avx2.hpp"
 
 #include <array>
 #include <cstdint>

@@ -2,8 +2,8 @@
 // uniform PCM and code words, and the steps that SYNC takes.
 #pragma once
 
-#include "g711.hpp"
-#include "g726_adpcm.hpp"
+#include "codecs/g711/g711.hpp"
+#include "codecs/g726/g726_adpcm.hpp"
 
 #include <algorithm>
 

@@ -2,7 +2,7 @@
 // number of decision levels above a difference. Made from those of g726_tables.hpp.
 #pragma once
 
-#include "g726_tables.hpp"
+#include "codecs/g726/g726_tables.hpp"
 
 namespace zsp::g726 {
 

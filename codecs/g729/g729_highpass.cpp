@@ -6,11 +6,11 @@
 //
 // Every y depends on the one before, so there is one version.
 
-#include "g729_highpass.hpp"
+#include "codecs/g729/g729_highpass.hpp"
 
-#include "entries.hpp"
-#include "fixed_point.hpp"
-#include "state.hpp"
+#include "core/entries.hpp"
+#include "core/fixed_point.hpp"
+#include "core/state.hpp"
 
 #include <algorithm>
 #include <cassert>

@@ -2,7 +2,7 @@
 // (clause 4.2.5).
 #pragma once
 
-#include "spans.hpp"
+#include "core/spans.hpp"
 
 #include <array>
 #include <cstdint>

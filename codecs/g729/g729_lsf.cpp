@@ -1,10 +1,10 @@
 // Arc cosines by a grid of 64 cosines and linear interpolation in between. The cosines fall with
 // the index, so one walk up the grid finds the intervals of all ten.
 
-#include "g729_lsf.hpp"
+#include "codecs/g729/g729_lsf.hpp"
 
-#include "entries.hpp"
-#include "g729_tables.hpp"
+#include "codecs/g729/g729_tables.hpp"
+#include "core/entries.hpp"
 
 namespace zsp::g729 {
 

@@ -4,11 +4,11 @@
 // comfort noise is averaged over background alone. A burst that follows soon after the last
 // averaging needs no such hangover: the old parameters still hold.
 
-#include "gsmamr_dtx.hpp"
+#include "codecs/gsmamr/gsmamr_dtx.hpp"
 
-#include "energy.hpp"
-#include "entries.hpp"
-#include "log2_pow2.hpp"
+#include "common/correlation/energy.hpp"
+#include "common/math/log2_pow2.hpp"
+#include "core/entries.hpp"
 
 #include <algorithm>
 

@@ -2,8 +2,8 @@
 // its parameters are averaged. 3GPP TS 26.093.
 #pragma once
 
-#include "fixed_point.hpp"
-#include "spans.hpp"
+#include "core/fixed_point.hpp"
+#include "core/spans.hpp"
 
 namespace zsp::gsmamr {
 

@@ -3,13 +3,13 @@
 // A frame is active when its bands stand out from the noise estimate. The hangover behind bursts,
 // and a longer one behind music and other strongly correlated ("complex") signals, make the flag.
 
-#include "gsmamr_vad1.hpp"
+#include "codecs/gsmamr/gsmamr_vad1.hpp"
 
-#include "background.hpp"
-#include "energy.hpp"
-#include "entries.hpp"
-#include "half_band_bank_avx2.hpp"
-#include "state.hpp"
+#include "codecs/shared/vad/background.hpp"
+#include "codecs/shared/vad/half_band_bank_avx2.hpp"
+#include "common/correlation/energy.hpp"
+#include "core/entries.hpp"
+#include "core/state.hpp"
 
 #include <algorithm>
 #include <cstddef>

@@ -2,8 +2,8 @@
 // detection. 3GPP TS 26.094, clause 3.3.
 #pragma once
 
-#include "fixed_point.hpp"
-#include "half_band_bank.hpp"
+#include "codecs/shared/vad/half_band_bank.hpp"
+#include "core/fixed_point.hpp"
 #include "zspsc.h"
 
 namespace zsp::gsmamr {

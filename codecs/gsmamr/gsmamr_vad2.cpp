@@ -6,10 +6,10 @@
 // peak SNR. The noise estimates follow the energies in pauses and where the spectrum has been
 // steady for long.
 
-#include "gsmamr_vad2.hpp"
+#include "codecs/gsmamr/gsmamr_vad2.hpp"
 
-#include "entries.hpp"
-#include "state.hpp"
+#include "core/entries.hpp"
+#include "core/state.hpp"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "gsmamr_vad2_channels.hpp"
+#include "codecs/gsmamr/gsmamr_vad2_channels.hpp"
 #include "zspsc.h"
 
 #include <cstdint>

@@ -1,9 +1,9 @@
 // The arithmetic over samples, bins and channels of the GSM-AMR voice activity detector, option 2:
 // each step as the standard writes it and as AVX2. 3GPP TS 26.094 and 26.073.
 
-#include "gsmamr_vad2_channels.hpp"
+#include "codecs/gsmamr/gsmamr_vad2_channels.hpp"
 
-#include "avx2.hpp"
+#include "core/avx2.hpp"
 
 #include <algorithm>
 #include <array>

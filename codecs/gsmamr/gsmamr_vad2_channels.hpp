@@ -1,9 +1,9 @@
 #pragma once
 
-#include "fixed_point.hpp"
-#include "gsmamr_vad2_fft.hpp"
-#include "gsmamr_vad2_tables.hpp"
-#include "log2_pow2.hpp"
+#include "codecs/gsmamr/gsmamr_vad2_fft.hpp"
+#include "codecs/gsmamr/gsmamr_vad2_tables.hpp"
+#include "common/math/log2_pow2.hpp"
+#include "core/fixed_point.hpp"
 
 #include <cstddef>
 #include <span>

@@ -7,11 +7,11 @@
 // The FFT takes the samples as 64 complex values, transforms those in six stages that each halve,
 // and separates the spectra of the even and the odd samples.
 
-#include "gsmamr_vad2_fft.hpp"
+#include "codecs/gsmamr/gsmamr_vad2_fft.hpp"
 
-#include "avx2.hpp"
-#include "cosine.hpp"
-#include "entries.hpp"
+#include "common/math/cosine.hpp"
+#include "core/avx2.hpp"
+#include "core/entries.hpp"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "fixed_point.hpp"
-#include "spans.hpp"
+#include "core/fixed_point.hpp"
+#include "core/spans.hpp"
 
 #include <cstddef>
 #include <cstdint>

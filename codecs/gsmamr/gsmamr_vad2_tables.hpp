@@ -1,7 +1,7 @@
 // Tables of the GSM-AMR voice activity detector, option 2. 3GPP TS 26.094 and 26.073.
 #pragma once
 
-#include "fixed_point.hpp"
+#include "core/fixed_point.hpp"
 
 #include <array>
 #include <cstddef>

@@ -1,4 +1,4 @@
-#include "contract.hpp"
+#include "tests/support/contract.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 // The command line of zsp. Exit status: 0 when all went well, 1 when something failed, 2 when the
 // command line makes no sense.
 
-#include "commands.hpp"
-#include "failure.hpp"
+#include "tools/zsp/commands/commands.hpp"
+#include "tools/zsp/io/failure.hpp"
 
 #include "zspcore.h"
 

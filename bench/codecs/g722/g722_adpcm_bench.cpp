@@ -1,0 +1,178 @@
+// Speech at 16 kHz through G.722 at 64 kbit/s, in blocks of 20 ms: the whole encoder and the whole
+// decoder, filters included, and the parts. Every coder is set up once and goes on from block to
+// block; the peers code the same speech to and from bytes of the packed stream.
+
+#include "bench/support/speech.hpp"
+#include "codecs/g722/g722_adpcm.hpp"
+#include "codecs/g722/g722_qmf.hpp"
+
+#include <benchmark/benchmark.h>
+
+#include <array>
+#include <vector>
+
+#ifdef ZSPSC_PEER_LIBAVCODEC
+#include "bench/support/avcodec.hpp"
+#endif
+#ifdef ZSPSC_PEER_SPANDSP
+#include <spandsp.h>
+#endif
+
+namespace {
+
+using namespace zsp::g722;
+
+constexpr std::size_t kBlock = 320;
+using Block = std::array<std::int16_t, kBlock>;
+
+std::vector<std::int16_t> samples()
+{
+    return zsp::bench::speech(zsp::bench::kVoice16);
+}
+
+std::vector<std::int16_t> subbands()
+{
+    const auto in = samples();
+    std::vector<std::int16_t> pairs(in.size());
+    std::array<std::int16_t, 24> line{};
+    analyseScalar(in, pairs, line);
+    return pairs;
+}
+
+std::vector<std::int16_t> codes()
+{
+    const auto pairs = subbands();
+    std::vector<std::int16_t> out(pairs.size());
+    State state;
+    encodeScalar(pairs, out, state);
+    return out;
+}
+
+/// Measures `block`, a function of an input block and an output block.
+template <typename T, typename Function>
+void measure(benchmark::State& state, std::vector<T> signal, std::size_t length, Function block)
+{
+    zsp::bench::Blocks<T> blocks(std::move(signal), length);
+    for (auto _ : state) {
+        block(blocks.next());
+        benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kBlock));
+}
+
+using Filter = void (*)(zsp::In16, zsp::Out16, DelayLine) noexcept;
+using Encode = void (*)(zsp::In16, zsp::Out16, State&) noexcept;
+using Decode = void (*)(zsp::In16, zsp::Out16, int, State&) noexcept;
+
+void encode(benchmark::State& state, Filter filter, Encode coder)
+{
+    State record;
+    std::array<std::int16_t, 24> line{};
+    Block pairs, out;
+    measure(state, samples(), kBlock, [&](zsp::In16 block) {
+        filter(block, pairs, line);
+        coder(pairs, out, record);
+    });
+}
+
+void decode(benchmark::State& state, Filter filter, Decode coder)
+{
+    State record;
+    std::array<std::int16_t, 24> line{};
+    Block pairs, out;
+    measure(state, codes(), kBlock, [&](zsp::In16 block) {
+        coder(block, pairs, 1, record);
+        filter(pairs, out, line);
+    });
+}
+
+void filterOnly(benchmark::State& state, Filter filter)
+{
+    std::array<std::int16_t, 24> line{};
+    Block out;
+    measure(state, samples(), kBlock, [&](zsp::In16 block) { filter(block, out, line); });
+}
+
+BENCHMARK_CAPTURE(encode, definition, analyseScalar, encodeScalar)->Name("g722Encode/definition");
+BENCHMARK_CAPTURE(encode, avx2, analyseAvx2, encodeAvx2)->Name("g722Encode/avx2");
+BENCHMARK_CAPTURE(decode, definition, synthesiseScalar, decodeScalar)
+    ->Name("g722Decode/definition");
+BENCHMARK_CAPTURE(decode, avx2, synthesiseAvx2, decodeAvx2)->Name("g722Decode/avx2");
+BENCHMARK_CAPTURE(filterOnly, definition, analyseScalar)->Name("g722Analysis/definition");
+BENCHMARK_CAPTURE(filterOnly, avx2, analyseAvx2)->Name("g722Analysis/avx2");
+BENCHMARK_CAPTURE(filterOnly, definition, synthesiseScalar)->Name("g722Synthesis/definition");
+BENCHMARK_CAPTURE(filterOnly, avx2, synthesiseAvx2)->Name("g722Synthesis/avx2");
+
+/// The packed stream.
+[[maybe_unused]] std::vector<std::uint8_t> bytes()
+{
+    const auto pairs = codes();
+    std::vector<std::uint8_t> packed(pairs.size() / 2);
+    for (std::size_t i = 0; i < packed.size(); ++i)
+        packed[i] = static_cast<std::uint8_t>(pairs[2 * i + 1] * 64 + pairs[2 * i]);
+    return packed;
+}
+
+#ifdef ZSPSC_PEER_SPANDSP
+
+void encodeSpandsp(benchmark::State& state)
+{
+    g722_encode_state_t* coder = g722_encode_init(nullptr, 64000, 0);
+    std::array<std::uint8_t, kBlock / 2> out;
+    measure(state, samples(), kBlock,
+            [&](zsp::In16 block) { g722_encode(coder, out.data(), block.data(), kBlock); });
+    g722_encode_free(coder);
+}
+
+void decodeSpandsp(benchmark::State& state)
+{
+    g722_decode_state_t* coder = g722_decode_init(nullptr, 64000, 0);
+    Block out;
+    measure(state, bytes(), kBlock / 2,
+            [&](zsp::In8 block) { g722_decode(coder, out.data(), block.data(), kBlock / 2); });
+    g722_decode_free(coder);
+}
+
+BENCHMARK(encodeSpandsp)->Name("g722Encode/spandsp");
+BENCHMARK(decodeSpandsp)->Name("g722Decode/spandsp");
+
+#endif
+#ifdef ZSPSC_PEER_LIBAVCODEC
+
+using zsp::bench::Avcodec;
+
+void encodeLibavcodec(benchmark::State& state)
+{
+    Avcodec coder(avcodec_find_encoder(AV_CODEC_ID_ADPCM_G722), 16000,
+                  [](AVCodecContext& context) { context.trellis = 0; });
+    coder.allocateFrame(kBlock);
+    measure(state, samples(), kBlock, [&](zsp::In16 block) {
+        std::copy(block.begin(), block.end(),
+                  reinterpret_cast<std::int16_t*>(coder.frame->data[0]));
+        if (avcodec_send_frame(coder.context, coder.frame) != 0 ||
+            avcodec_receive_packet(coder.context, coder.packet) != 0 ||
+            coder.packet->size != kBlock / 2)
+            state.SkipWithError("encoder failed");
+        av_packet_unref(coder.packet);
+    });
+}
+
+void decodeLibavcodec(benchmark::State& state)
+{
+    Avcodec coder(avcodec_find_decoder(AV_CODEC_ID_ADPCM_G722), 16000, [](AVCodecContext&) {});
+    coder.allocatePacket(kBlock / 2);
+    measure(state, bytes(), kBlock / 2, [&](zsp::In8 block) {
+        std::copy(block.begin(), block.end(), coder.packet->data);
+        if (avcodec_send_packet(coder.context, coder.packet) != 0 ||
+            avcodec_receive_frame(coder.context, coder.frame) != 0 ||
+            coder.frame->nb_samples != static_cast<int>(kBlock))
+            state.SkipWithError("decoder failed");
+    });
+}
+
+BENCHMARK(encodeLibavcodec)->Name("g722Encode/libavcodec");
+BENCHMARK(decodeLibavcodec)->Name("g722Decode/libavcodec");
+
+#endif
+
+} // namespace

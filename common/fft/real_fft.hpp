@@ -1,0 +1,53 @@
+// Real FFT of N = 2^order points in single precision. The caller gives the storage of a plan, which
+// holds all factors, and a work area for each call.
+//
+//   forward   bins[k] = sum of time[n] e^(-2 pi i k n / N),   k = 0 .. N/2
+//   inverse   time[n] = 1/N sum of bins[k] e^(2 pi i k n / N) over k = 0 .. N-1, where
+//             bins[N-k] is the conjugate of bins[k]
+//
+// The imaginary parts of bins 0 and N/2 are exactly zero forwards and are not read backwards.
+#pragma once
+
+#include "core/spans.hpp"
+#include "zspsc.h"
+
+#include <cstdint>
+#include <span>
+
+namespace zsp::common {
+
+using InBins = std::span<const Zsp32fc>;
+using OutBins = std::span<Zsp32fc>;
+
+/// Plans and work areas start at such a boundary inside the storage that they are given.
+inline constexpr std::size_t kFftAlignment = 64;
+
+/// Larger transforms have sizes beyond 32 bits.
+inline constexpr int kMaxFftOrder = 26;
+
+/// Tables of factors; which of them a plan has depends on the order. Vectors of complex factors are
+/// stored as eight real parts and eight imaginary parts.
+struct RealFftPlan {
+    std::int32_t order;
+    const float* separation; // to separate the spectra of even and odd samples
+    const float* merging;    // to merge them
+    const float* lanes;      // between transforms of columns and of rows
+    const float* columns;    // inside the transforms of columns
+};
+
+/// Bytes of a plan's storage, with room for two alignments to kFftAlignment: its own and one of
+/// what stands before it. `order` is 1 to kMaxFftOrder.
+std::int64_t realFftPlanSize(int order) noexcept;
+
+/// Bytes of a call's work area, with room for two alignments as well.
+std::int64_t realFftWorkSize(int order) noexcept;
+
+/// Builds the plan at the first boundary of kFftAlignment in the storage.
+const RealFftPlan* initRealFft(void* storage, int order) noexcept;
+
+/// `time` and `bins` do not overlap; both have the plan's length, N and N/2 + 1.
+void realFftForward(const RealFftPlan& plan, InF time, OutBins bins, float* work) noexcept;
+
+void realFftInverse(const RealFftPlan& plan, InBins bins, OutF time, float* work) noexcept;
+
+} // namespace zsp::common

@@ -1,0 +1,292 @@
+#include "codecs/g722/g722_adpcm.hpp"
+#include "codecs/g722/g722_qmf.hpp"
+
+#include "core/state.hpp"
+
+#include "tests/support/contract.hpp"
+#include "tests/support/samples.hpp"
+#include "tests/support/vectors.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace zsp::test;
+using zsp::g722::State;
+using Words = std::vector<std::int16_t>;
+
+constexpr std::size_t kStateSize = 144;
+
+void init(void* state)
+{
+    ASSERT_EQ(zspsSBADPCMEncodeInit_G722_16s(state), zspStsNoErr);
+}
+
+Contract blockContract(Contract contract)
+{
+    for (const int len : {0, -1, -2, 1, 3, 2147483647, -2147483647 - 1})
+        contract.row({{2, number(len)}}, zspStsSizeErr);
+    return contract;
+}
+
+const bool registered = addContracts({
+    Contract(ZSP_NAMED(zspsSBADPCMEncodeStateSize_G722_16s), {out<std::int32_t>(1)}),
+    Contract(ZSP_NAMED(zspsSBADPCMDecodeStateSize_G722_16s), {out<std::int32_t>(1)}),
+    Contract(ZSP_NAMED(zspsSBADPCMEncodeInit_G722_16s), {state(kStateSize)}),
+    Contract(ZSP_NAMED(zspsSBADPCMDecodeInit_G722_16s), {state(kStateSize)}),
+    blockContract(
+        Contract(ZSP_NAMED(zspsSBADPCMEncode_G722_16s),
+                 {in<std::int16_t>(6), out<std::int16_t>(6), number(6), state(kStateSize, init)})),
+    blockContract(Contract(ZSP_NAMED(zspsSBADPCMDecode_G722_16s),
+                           {in<std::int16_t>(6), out<std::int16_t>(6), number(6), number(1),
+                            state(kStateSize, init)})),
+    blockContract(
+        Contract(ZSP_NAMED(zspsQMFEncode_G722_16s),
+                 {in<std::int16_t>(6), out<std::int16_t>(6), number(6), out<std::int16_t>(24)})),
+    blockContract(
+        Contract(ZSP_NAMED(zspsQMFDecode_G722_16s),
+                 {in<std::int16_t>(6), out<std::int16_t>(6), number(6), out<std::int16_t>(24)})),
+    // its one other failure comes after it has written: StateUpdateOutOfRange
+    Contract(ZSP_NAMED(zspsSBADPCMDecodeStateUpdate_G722_16s),
+             {in<std::int16_t>(2), number(1), number(0), state(kStateSize, init)}),
+});
+
+/// A fresh state whose buffer begins `offset` bytes after a 16-byte boundary.
+class Buffer {
+  public:
+    explicit Buffer(std::size_t offset)
+        : storage_(kStateSize + 32, std::byte{0xA5}), offset_(offset)
+    {
+        init(data());
+    }
+
+    void* data() { return static_cast<std::byte*>(zsp::alignUp(storage_.data(), 16)) + offset_; }
+    State& record() { return *zsp::alignedState<State>(data()); }
+
+  private:
+    std::vector<std::byte> storage_;
+    std::size_t offset_;
+};
+
+/// One processing of a signal, block after block, from a fresh state.
+struct Process {
+    std::string operation;
+    std::string argument;
+    Buffer state;
+    std::array<std::int16_t, 24> line{};
+
+    Words block(const Words& input, bool inPlace)
+    {
+        Words output = inPlace ? input : Words(input.size());
+        const std::int16_t* src = inPlace ? output.data() : input.data();
+        const auto len = static_cast<std::int32_t>(input.size());
+        EXPECT_EQ(call(src, output.data(), len), zspStsNoErr);
+        return output;
+    }
+
+    ZspStatus call(const std::int16_t* src, std::int16_t* dst, std::int32_t len)
+    {
+        if (operation == "qmf-encode") return zspsQMFEncode_G722_16s(src, dst, len, line.data());
+        if (operation == "qmf-decode") return zspsQMFDecode_G722_16s(src, dst, len, line.data());
+        if (operation == "sb-encode")
+            return zspsSBADPCMEncode_G722_16s(src, dst, len, state.data());
+        const auto mode = static_cast<std::int16_t>(std::stoi(argument));
+        return zspsSBADPCMDecode_G722_16s(src, dst, len, mode, state.data());
+    }
+};
+
+enum class Split { none, random, pairs };
+
+Words runSplit(Process& process, const Words& input, Split split, Samples& samples)
+{
+    Words output;
+    for (std::size_t i = 0; i < input.size();) {
+        std::size_t len = split == Split::none ? input.size() : 2;
+        if (split == Split::random) len = 2 * static_cast<std::size_t>(1 + samples.below(300));
+        len = std::min(len, input.size() - i);
+        const auto from = input.begin() + static_cast<std::ptrdiff_t>(i);
+        const Words part = process.block({from, from + static_cast<std::ptrdiff_t>(len)},
+                                         split != Split::none && samples.below(2) == 0);
+        output.insert(output.end(), part.begin(), part.end());
+        i += len;
+    }
+    return output;
+}
+
+TEST(G722, Vectors)
+{
+    Samples samples(722);
+    std::size_t count = 0;
+    for (const auto& run : readRuns("g722/runs.txt")) {
+        if (run[0] == "state-update") continue;
+        ++count;
+        const auto input = readVector<std::int16_t>("g722/" + run[2]);
+        const auto want = readVector<std::int16_t>("g722/" + run[3]);
+        for (const Split split : {Split::none, Split::random, Split::pairs}) {
+            Process process{run[0], run[1], Buffer(split == Split::pairs ? 7 : 1)};
+            expectEqual(runSplit(process, input, split, samples), want,
+                        run[0] + " " + run[3] + ", split " + std::to_string(int(split)));
+        }
+    }
+    EXPECT_EQ(count, 11u);
+}
+
+TEST(G722, StateUpdateVectors)
+{
+    std::size_t count = 0;
+    for (const auto& run : readRuns("g722/runs.txt")) {
+        if (run[0] != "state-update") continue;
+        ++count;
+        int low[2], x, reset;
+        ASSERT_EQ(std::sscanf(run[1].c_str(), "%d,%d,%d,%d", &low[0], &low[1], &x, &reset), 4);
+        const auto comma = run[2].find(',');
+        const auto before = readVector<std::int16_t>("g722/" + run[2].substr(0, comma));
+        const auto after = readVector<std::int16_t>("g722/" + run[2].substr(comma + 1));
+
+        Process process{"sb-decode", "1", Buffer(5)};
+        process.block(before, false);
+        const std::int16_t last[] = {static_cast<std::int16_t>(low[0]),
+                                     static_cast<std::int16_t>(low[1])};
+        ASSERT_EQ(zspsSBADPCMDecodeStateUpdate_G722_16s(last, static_cast<std::int16_t>(x), reset,
+                                                        process.state.data()),
+                  zspStsNoErr);
+        expectEqual(process.block(after, false), readVector<std::int16_t>("g722/" + run[3]),
+                    run[3]);
+    }
+    EXPECT_EQ(count, 2u);
+}
+
+// The one check that comes after writing. No decoder reaches such a scale factor.
+TEST(G722, StateUpdateOutOfRange)
+{
+    struct Case {
+        std::int16_t nbh;
+        ZspStatus want;
+        std::int16_t halved, det;
+    };
+    constexpr Case kCases[] = {
+        {22528, zspStsNoErr, 11264, 360}, // the greatest that a decoder reaches
+        {32767, zspStsNoErr, 16383, 2004},        {-32768, zspStsNoErr, -16384, 2048},
+        {-20353, zspStsNoErr, -10177, 16384}, // the table's last entry
+        {-20352, zspStsCodecRangeErr, -10176, 0}, {-1, zspStsCodecRangeErr, -1, 0},
+    };
+    for (const Case& c : kCases) {
+        SCOPED_TRACE(c.nbh);
+        Buffer buffer(3);
+        Words codes = Samples(5).words(400);
+        Words out(codes.size());
+        ASSERT_EQ(zspsSBADPCMDecode_G722_16s(codes.data(), out.data(), 400, 1, buffer.data()),
+                  zspStsNoErr);
+        State& s = buffer.record();
+        s.high.nb = c.nbh;
+        const State before = s;
+        const std::int16_t low[] = {-5, 301};
+        EXPECT_EQ(zspsSBADPCMDecodeStateUpdate_G722_16s(low, -7, 0, buffer.data()), c.want);
+
+        EXPECT_EQ(s.high.nb, c.halved);
+        EXPECT_EQ(s.high.det, c.want == zspStsNoErr ? c.det : before.high.det);
+        EXPECT_EQ(s.low.nb, before.low.nb);
+        EXPECT_EQ(s.low.det, before.low.det);
+        EXPECT_EQ(s.low.a1, before.low.a1);
+        EXPECT_EQ(s.low.a2, before.low.a2);
+        EXPECT_EQ(s.low.b, State{}.low.b);
+        EXPECT_EQ(s.low.d, State{}.low.d);
+        const Words got = {s.low.r1, s.low.r2, s.low.p1, s.low.p2, s.low.s, s.low.sz};
+        EXPECT_EQ(got, (Words{301, -5, 150, -3, -7, -4}));
+    }
+}
+
+TEST(G722, ModesShareTheState)
+{
+    const Words codes = Samples(3).words(4000); // bits above the codes count for nothing
+    const auto decode = [](Words input, int mode) {
+        Process process{"sb-decode", std::to_string(mode), Buffer(1)};
+        Words output = process.block(input, true);
+        const auto* bytes = reinterpret_cast<const std::int16_t*>(&process.state.record());
+        return std::pair{output, Words(bytes, bytes + sizeof(State) / 2)};
+    };
+    Words masked = codes;
+    for (std::size_t i = 0; i < masked.size(); ++i)
+        masked[i] = static_cast<std::int16_t>(masked[i] & (i % 2 == 0 ? 63 : 3));
+
+    const auto m1 = decode(codes, 1), m2 = decode(codes, 2), m3 = decode(codes, 3);
+    EXPECT_EQ(m1, decode(masked, 1));
+    EXPECT_NE(m1.first, m2.first);
+    EXPECT_NE(m2.first, m3.first);
+    EXPECT_EQ(m1.second, m2.second);
+    EXPECT_EQ(m2.second, m3.second);
+    for (const int mode : {0, 4, 7, -1, -32768, 32767})
+        EXPECT_EQ(m3, decode(codes, mode)) << mode;
+}
+
+// From any state that a decoder can reach or a state update can set, and with both kinds of input.
+TEST(G722, Avx2EqualsDefinition)
+{
+    using namespace zsp::g722;
+    Samples samples(14);
+    const auto bytes = [](const State& s) {
+        const auto* words = reinterpret_cast<const std::int16_t*>(&s);
+        return Words(words, words + sizeof(State) / 2);
+    };
+    State want, got;
+    for (int round = 0; round < 600; ++round) {
+        SCOPED_TRACE(round);
+        const std::size_t len = 2 * static_cast<std::size_t>(1 + samples.below(400));
+        Words input = samples.words(len);
+        if (round % 3 == 1) // loud low tones drive the predictors' poles to their limits
+            for (std::size_t i = 0; i < len; ++i)
+                input[i] = (i / static_cast<std::size_t>(2 + round % 40)) % 2 ? 32767 : -32768;
+        if (round % 3 == 2) // a pair again and again drives the zeros there
+            for (std::size_t i = 2; i < len; ++i)
+                input[i] = input[i - 2];
+        Words wanted(len), output(len);
+        if (round % 2 == 0) {
+            encodeScalar(input, wanted, want);
+            encodeAvx2(input, output, got);
+        } else {
+            const int mode = samples.below(4);
+            decodeScalar(input, wanted, mode, want);
+            decodeAvx2(input, output, mode, got);
+        }
+        expectEqual(output, wanted, "output");
+        expectEqual(bytes(got), bytes(want), "state");
+        if (samples.below(8) == 0) {
+            const Words low = samples.words(2);
+            const auto x = samples.integer<std::int16_t>();
+            const bool reset = samples.below(2) == 0;
+            for (State* s : {&want, &got})
+                updateState(*s, std::span<const std::int16_t, 2>{low.data(), 2}, x, reset);
+        }
+    }
+}
+
+TEST(G722, QmfAvx2EqualsDefinition)
+{
+    using namespace zsp::g722;
+    Samples samples(15);
+    for (const auto& [scalar, avx2] :
+         {std::pair{&analyseScalar, &analyseAvx2}, {&synthesiseScalar, &synthesiseAvx2}}) {
+        std::array<std::int16_t, 24> want{}, got{};
+        for (const std::size_t len : {2u, 4u, 14u, 16u, 18u, 40u, 160u, 254u, 256u, 258u, 1030u}) {
+            for (int round = 0; round < 30; ++round) {
+                Words input = samples.words(len);
+                if (round % 3 == 0) // full scale, also with the signs of the taps
+                    for (auto& x : input)
+                        x = samples.below(2) ? 32767 : -32768;
+                Words wanted(len), output(len);
+                scalar(input, wanted, want);
+                avx2(input, output, got);
+                expectEqual(output, wanted, "length " + std::to_string(len));
+                expectEqual(got, want, "line, length " + std::to_string(len));
+            }
+        }
+    }
+}
+
+} // namespace

@@ -1,0 +1,382 @@
+#include "codecs/g711/g711.hpp"
+#include "codecs/g726/g726_adpcm.hpp"
+#include "zspsc.h"
+
+#include "tests/support/contract.hpp"
+#include "tests/support/samples.hpp"
+#include "tests/support/vectors.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <map>
+#include <utility>
+
+namespace {
+
+using namespace zsp::test;
+
+constexpr std::size_t kEncoderSize = 88;
+constexpr std::size_t kDecoderSize = 92;
+
+void initEncoder(void* state)
+{
+    zspsEncodeInit_G726_16s8u(state, zspG726Rate32);
+}
+
+void initDecoder(void* state)
+{
+    zspsDecodeInit_G726_8u16s(state, zspG726Rate32, zspG726LawMu);
+}
+
+const bool registered = addContracts({
+    Contract(ZSP_NAMED(zspsEncodeGetStateSize_G726_16s8u), {out<std::int32_t>(1)}),
+    Contract(ZSP_NAMED(zspsDecodeGetStateSize_G726_8u16s), {out<std::int32_t>(1)}),
+    Contract(ZSP_NAMED(zspsEncodeInit_G726_16s8u), {state(kEncoderSize), number(zspG726Rate16)})
+        .row({{1, number(16)}}, zspStsRangeErr)
+        .row({{1, number(18)}}, zspStsRangeErr)
+        .row({{1, number(21)}}, zspStsRangeErr)
+        .row({{1, number(25)}}, zspStsRangeErr)
+        .row({{1, number(-2147483648.0)}}, zspStsRangeErr),
+    Contract(ZSP_NAMED(zspsDecodeInit_G726_8u16s),
+             {state(kDecoderSize), number(zspG726Rate40), number(zspG726LawLinear)})
+        .row({{1, number(16)}}, zspStsRangeErr)
+        .row({{1, number(25)}}, zspStsRangeErr)
+        .row({{2, number(3)}}, zspStsRangeErr)
+        .row({{2, number(-1)}}, zspStsRangeErr),
+    Contract(
+        ZSP_NAMED(zspsEncode_G726_16s8u),
+        {state(kEncoderSize, initEncoder), in<std::int16_t>(20), out<std::uint8_t>(20), number(20)})
+        .row({{3, number(0)}}, zspStsSizeErr),
+    Contract(
+        ZSP_NAMED(zspsDecode_G726_8u16s),
+        {state(kDecoderSize, initDecoder), in<std::uint8_t>(20), out<std::int16_t>(20), number(20)})
+        .row({{3, number(0)}}, zspStsSizeErr),
+});
+
+const std::map<std::string, std::int32_t> kRates = {
+    {"16", zspG726Rate16}, {"24", zspG726Rate24}, {"32", zspG726Rate32}, {"40", zspG726Rate40}};
+const std::map<std::string, std::int32_t> kLaws = {
+    {"mulaw", zspG726LawMu}, {"alaw", zspG726LawA}, {"linear", zspG726LawLinear}};
+
+/// A coder as a caller has it, its state in a buffer of the caller's at some address.
+class Encoder {
+  public:
+    using In = std::int16_t;
+    using Out = std::uint8_t;
+
+    Encoder(std::int32_t rate, std::int32_t /*law*/) { zspsEncodeInit_G726_16s8u(state(), rate); }
+    void run(const In* in, Out* out, std::int32_t len)
+    {
+        ASSERT_EQ(zspsEncode_G726_16s8u(state(), in, out, len), zspStsNoErr);
+    }
+
+  private:
+    void* state() { return buffer_.data() + 1; }
+    std::array<std::byte, kEncoderSize + 1> buffer_{};
+};
+
+class Decoder {
+  public:
+    using In = std::uint8_t;
+    using Out = std::int16_t;
+
+    Decoder(std::int32_t rate, std::int32_t law) { zspsDecodeInit_G726_8u16s(state(), rate, law); }
+    void run(const In* in, Out* out, std::int32_t len)
+    {
+        ASSERT_EQ(zspsDecode_G726_8u16s(state(), in, out, len), zspStsNoErr);
+    }
+
+  private:
+    void* state() { return buffer_.data() + 1; }
+    std::array<std::byte, kDecoderSize + 1> buffer_{};
+};
+
+/// Codes a signal in blocks of 1..maxBlock elements.
+template <typename Coder>
+std::vector<typename Coder::Out> inBlocks(Coder& coder, const std::vector<typename Coder::In>& in,
+                                          std::size_t maxBlock)
+{
+    Samples samples(7);
+    std::vector<typename Coder::Out> out(in.size());
+    for (std::size_t i = 0; i < in.size();) {
+        const auto block = std::min(in.size() - i, static_cast<std::size_t>(samples.uniform(
+                                                       1, static_cast<std::int64_t>(maxBlock))));
+        coder.run(&in[i], &out[i], static_cast<std::int32_t>(block));
+        i += block;
+    }
+    return out;
+}
+
+template <typename Coder, typename Expected>
+void checkRun(const std::vector<std::string>& run)
+{
+    using In = typename Coder::In;
+    const auto read = [](const std::string& name) { return readVector<In>("g726/" + name); };
+    const auto initialise = run[3] == "-" ? std::vector<In>{} : read(run[3]);
+    const auto input = read(run[4]);
+    const auto wanted = readVector<Expected>("g726/" + run[5]);
+
+    Coder ready(kRates.at(run[1]), kLaws.at(run[2]));
+    inBlocks(ready, initialise, 4096);
+    for (const std::size_t maxBlock : {input.size(), std::size_t{300}, std::size_t{1}}) {
+        Coder coder = ready; // a bytewise copy of the state goes on alike
+        expectEqual(inBlocks(coder, input, maxBlock), wanted,
+                    run[5] + ", blocks up to " + std::to_string(maxBlock));
+    }
+}
+
+TEST(G726, Sequences)
+{
+    const auto runs = readRuns("g726/runs.txt");
+    ASSERT_EQ(runs.size(), 82u);
+    for (const auto& run : runs) {
+        if (run[0] == "encode")
+            checkRun<Encoder, std::uint8_t>(run);
+        else if (run[2] == "linear")
+            checkRun<Decoder, std::int16_t>(run);
+        else
+            checkRun<Decoder, std::uint8_t>(run);
+    }
+}
+
+TEST(G726, StateSizes)
+{
+    std::int32_t size = 0;
+    EXPECT_EQ(zspsEncodeGetStateSize_G726_16s8u(&size), zspStsNoErr);
+    EXPECT_EQ(size, static_cast<std::int32_t>(kEncoderSize));
+    EXPECT_EQ(zspsDecodeGetStateSize_G726_8u16s(&size), zspStsNoErr);
+    EXPECT_EQ(size, static_cast<std::int32_t>(kDecoderSize));
+}
+
+template <typename T>
+std::vector<T> filled(std::size_t count, int value)
+{
+    return std::vector<T>(count, static_cast<T>(value));
+}
+
+TEST(G726, NegativeLengthDoesNothing)
+{
+    std::vector<std::uint8_t> encoder(kEncoderSize), decoder(kDecoderSize);
+    initEncoder(encoder.data());
+    initDecoder(decoder.data());
+    const auto encoderBefore = encoder, decoderBefore = decoder;
+    auto pcm = filled<std::int16_t>(4, 77);
+    auto codes = filled<std::uint8_t>(4, 5);
+    for (const std::int32_t len : {-1, -5, -2147483647 - 1}) {
+        EXPECT_EQ(zspsEncode_G726_16s8u(encoder.data(), pcm.data(), codes.data(), len), 0);
+        EXPECT_EQ(zspsDecode_G726_8u16s(decoder.data(), codes.data(), pcm.data(), len), 0);
+    }
+    EXPECT_EQ(encoder, encoderBefore);
+    EXPECT_EQ(decoder, decoderBefore);
+    EXPECT_EQ(pcm, filled<std::int16_t>(4, 77));
+    EXPECT_EQ(codes, filled<std::uint8_t>(4, 5));
+}
+
+/// A state as the caller holds it: fields by their place in the record.
+std::int16_t word(const std::vector<std::uint8_t>& state, std::size_t offset)
+{
+    std::int16_t value;
+    std::memcpy(&value, &state[offset], sizeof value);
+    return value;
+}
+
+TEST(G726, InitRestartsAndFillsTheRecord)
+{
+    auto fresh = filled<std::uint8_t>(kDecoderSize, 0xee);
+    ASSERT_EQ(zspsDecodeInit_G726_8u16s(fresh.data(), zspG726Rate40, zspG726LawA), zspStsNoErr);
+    EXPECT_EQ(word(fresh, 6), 3) << "rate index";
+    EXPECT_EQ(word(fresh, 8), 544) << "yu";
+    EXPECT_EQ(word(fresh, 12) | word(fresh, 14), 34816 - 65536) << "yl";
+    for (std::size_t i = 0; i < 8; ++i) {
+        EXPECT_EQ(word(fresh, 24 + 2 * i), 0) << "coefficient " << i;
+        EXPECT_EQ(word(fresh, 40 + 2 * i), 32) << "delayed value " << i;
+        EXPECT_EQ(word(fresh, 56 + 2 * i), 0) << "sign " << i;
+    }
+    EXPECT_EQ(word(fresh, 72), zspG726LawA) << "law";
+
+    auto used = fresh;
+    const auto codes = filled<std::uint8_t>(100, 9);
+    std::vector<std::int16_t> out(codes.size());
+    ASSERT_EQ(zspsDecode_G726_8u16s(used.data(), codes.data(), out.data(), 100), zspStsNoErr);
+    EXPECT_NE(used, fresh);
+    ASSERT_EQ(zspsDecodeInit_G726_8u16s(used.data(), zspG726Rate40, zspG726LawA), zspStsNoErr);
+    EXPECT_EQ(used, fresh);
+}
+
+TEST(G726, OutputStaysInItsRange)
+{
+    Samples samples(3);
+    for (const auto& [bits, rate] : {std::pair{2, zspG726Rate16}, std::pair{5, zspG726Rate40}})
+        for (const std::int32_t law : {zspG726LawMu, zspG726LawA, zspG726LawLinear}) {
+            std::vector<std::uint8_t> codes(50000);
+            for (auto& code : codes) // mostly the largest differences: overload
+                code = static_cast<std::uint8_t>(samples.below(4) ? (1 << (bits - 1)) - 1
+                                                                  : samples.below(1 << bits));
+            std::vector<std::int16_t> out(codes.size());
+            Decoder decoder(rate, law);
+            decoder.run(codes.data(), out.data(), static_cast<std::int32_t>(codes.size()));
+            const auto [low, high] = std::minmax_element(out.begin(), out.end());
+            EXPECT_GE(*low, law == zspG726LawLinear ? -8192 : 0);
+            EXPECT_LE(*high, law == zspG726LawLinear ? 8191 : 255);
+            EXPECT_TRUE(law != zspG726LawLinear || *high == 8191) << "no overload reached";
+        }
+}
+
+TEST(G711, ExpandsTheSequences)
+{
+    for (const std::string name :
+         {"nrm_a", "ovr_a", "pcm_init_a", "nrm_m", "ovr_m", "pcm_init_m"}) {
+        const auto codes = readVector<std::uint8_t>("g726/" + name + ".g711");
+        auto pcm = readVector<std::int16_t>("g726/" + name + ".sl");
+        std::vector<std::int16_t> expanded;
+        for (const int code : codes)
+            expanded.push_back(static_cast<std::int16_t>(
+                (name.back() == 'a' ? zsp::g711::expandAlaw(code) : zsp::g711::expandMulaw(code)) >>
+                2));
+        expectEqual(expanded, pcm, name);
+    }
+}
+
+struct G711 {
+    const char* name;
+    int (*expand)(int) noexcept;
+    int (*compress)(int) noexcept;
+    int (*larger)(int) noexcept;
+    int (*smaller)(int) noexcept;
+    int lowest, highest; // code words
+};
+
+constexpr G711 kG711[] = {
+    {"mu-law", zsp::g711::expandMulaw, zsp::g711::compressMulaw, zsp::g711::nextLargerMulaw,
+     zsp::g711::nextSmallerMulaw, 0x00, 0x80},
+    {"A-law", zsp::g711::expandAlaw, zsp::g711::compressAlaw, zsp::g711::nextLargerAlaw,
+     zsp::g711::nextSmallerAlaw, 0x2a, 0xaa},
+};
+
+TEST(G711, NeighboursFollowTheValues)
+{
+    for (const G711& law : kG711) {
+        SCOPED_TRACE(law.name);
+        int previous = law.lowest;
+        EXPECT_EQ(law.smaller(law.lowest), law.lowest);
+        EXPECT_EQ(law.larger(law.highest), law.highest);
+        for (int step = 1; step < 256; ++step) {
+            const int code = law.larger(previous);
+            const bool zeros = law.expand(code) == 0 && law.expand(previous) == 0;
+            EXPECT_TRUE(zeros || law.expand(code) > law.expand(previous)) << "code word " << code;
+            // Downwards the negative zero of mu-law is left out.
+            EXPECT_EQ(law.smaller(code), zeros ? law.smaller(previous) : previous);
+            previous = code;
+        }
+        EXPECT_EQ(previous, law.highest);
+    }
+}
+
+TEST(G711, CompressInvertsExpandAndStaysClose)
+{
+    for (const G711& law : kG711) {
+        SCOPED_TRACE(law.name);
+        for (int code = 0; code < 256; ++code)
+            EXPECT_EQ(law.compress(law.expand(code)), law.expand(code) || code & 128 ? code : 0xff);
+
+        int previous = law.lowest;
+        for (int x = -32768; x < 32768; ++x) {
+            const int code = law.compress(x);
+            ASSERT_LE(law.expand(previous), law.expand(code)) << "falls at " << x;
+            previous = code;
+            // Half of the wider of the two steps around a value, but for the ends.
+            const int value = law.expand(code);
+            const int step = std::max(law.expand(law.larger(code)) - value,
+                                      value - law.expand(law.smaller(code)));
+            ASSERT_TRUE(2 * std::abs(value - x) <= step || code == law.lowest ||
+                        code == law.highest)
+                << x;
+        }
+    }
+}
+
+/// Signals and code words that drive a coder everywhere: loud and quiet stretches, tones, silence,
+/// corners and uniform words.
+class Signal {
+  public:
+    explicit Signal(std::uint32_t seed) : samples_(seed) {}
+
+    std::vector<std::int16_t> pcm(std::size_t count)
+    {
+        std::vector<std::int16_t> signal;
+        while (signal.size() < count) {
+            const int kind = samples_.below(5);
+            const auto level = static_cast<double>(1 << samples_.below(14));
+            const double frequency = static_cast<double>(samples_.below(1000)) * 0.00314;
+            for (int i = samples_.below(500); i >= 0; --i)
+                signal.push_back(static_cast<std::int16_t>(
+                    kind == 0   ? 0
+                    : kind == 1 ? samples_.integer<std::int16_t>()
+                    : kind == 2 ? samples_.integer<std::int16_t>() >> 2
+                    : kind == 3 ? level * std::sin(frequency * i)
+                                : level * static_cast<double>(samples_.below(200) - 100) / 100));
+        }
+        signal.resize(count);
+        return signal;
+    }
+
+    /// Uniform code words, between stretches of a single one.
+    std::vector<std::uint8_t> codes(std::size_t count, int bits)
+    {
+        std::vector<std::uint8_t> codes;
+        while (codes.size() < count) {
+            const int fixed = samples_.below(2) ? samples_.below(1 << bits) : -1;
+            for (int i = samples_.below(fixed < 0 ? 500 : 50); i >= 0; --i)
+                codes.push_back(
+                    static_cast<std::uint8_t>(fixed < 0 ? samples_.below(1 << bits) : fixed));
+        }
+        codes.resize(count);
+        return codes;
+    }
+
+  private:
+    Samples samples_;
+};
+
+void expectSameState(const zsp::g726::CoderState& got, const zsp::g726::CoderState& want,
+                     const std::string& what)
+{
+    EXPECT_EQ(std::memcmp(&got, &want, sizeof want), 0) << what << ": states differ";
+}
+
+TEST(G726, Avx2EqualsDefinition)
+{
+    using namespace zsp::g726;
+    for (std::int16_t rateIndex = 0; rateIndex < 4; ++rateIndex)
+        for (std::uint32_t seed = 0; seed < 6; ++seed) {
+            const std::string what =
+                "rate index " + std::to_string(rateIndex) + ", seed " + std::to_string(seed);
+            Signal signal(seed);
+            CoderState definition{.rateIndex = rateIndex}, fast = definition;
+            for (const std::size_t len : {20000u, 1u, 2u, 3001u}) {
+                const auto sl = signal.pcm(len);
+                std::vector<std::uint8_t> want(len), got(len);
+                encodeScalar(definition, sl, want);
+                encodeAvx2(fast, sl, got);
+                expectEqual(got, want, "encoder, " + what);
+                expectSameState(fast, definition, "encoder, " + what);
+            }
+            for (const Law law : {Law::mulaw, Law::alaw, Law::uniform}) {
+                definition = fast = CoderState{.rateIndex = rateIndex};
+                for (const std::size_t len : {20000u, 1u, 2u, 3001u}) {
+                    const auto codes = signal.codes(len, rateIndex + 2);
+                    std::vector<std::int16_t> want(len), got(len);
+                    decodeScalar(definition, law, codes, want);
+                    decodeAvx2(fast, law, codes, got);
+                    expectEqual(got, want, "decoder, " + what);
+                    expectSameState(fast, definition, "decoder, " + what);
+                }
+            }
+        }
+}
+
+} // namespace

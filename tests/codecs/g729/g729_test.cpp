@@ -1,0 +1,182 @@
+#include "tests/support/contract.hpp"
+#include "tests/support/samples.hpp"
+#include "tests/support/vectors.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace zsp::test;
+using Words = std::vector<std::int16_t>;
+using Coeffs = std::array<std::int16_t, 6>;
+using Record = std::array<std::byte, 24>;
+
+constexpr Coeffs kPre = {4096, 7807, -3733, 1899, -3798, 1899};
+constexpr Coeffs kPost = {8192, 15836, -7667, 7699, -15398, 7699};
+
+const bool registered = addContracts({
+    Contract(ZSP_NAMED(zspsHighPassFilterSize_G729), {out<std::int32_t>(1)}),
+    Contract(ZSP_NAMED(zspsFilterHighpassGetStateSize_G7291_16s), {out<std::int32_t>(1)}),
+    Contract(ZSP_NAMED(zspsAdaptiveCodebookDecodeGetSize_AMRWB_16s), {out<std::int32_t>(1)}),
+    Contract(ZSP_NAMED(zspsHighPassFilterInit_G729), {in<std::int16_t>(6), state(24)}),
+    Contract(ZSP_NAMED(zspsHighPassFilter_G729_16s_ISfs),
+             {out<std::int16_t>(8), number(8), number(12), state(24)})
+        .row({{1, number(0)}}, zspStsSizeErr)
+        .row({{1, number(-1)}}, zspStsSizeErr)
+        .row({{1, number(-2147483647 - 1)}}, zspStsSizeErr)
+        .row({{2, number(11)}}, zspStsScaleRangeErr)
+        .row({{2, number(14)}}, zspStsScaleRangeErr)
+        .row({{2, number(-2147483647 - 1)}}, zspStsScaleRangeErr),
+    Contract(ZSP_NAMED(zspsLSPToLSF_G729_16s), {in<std::int16_t>(10), out<std::int16_t>(10)}),
+    Contract(ZSP_NAMED(zspsLSPToLSF_Norm_G729_16s), {in<std::int16_t>(10), out<std::int16_t>(10)}),
+});
+
+TEST(G729HighPass, Sizes)
+{
+    for (const auto query : {zspsHighPassFilterSize_G729, zspsFilterHighpassGetStateSize_G7291_16s,
+                             zspsAdaptiveCodebookDecodeGetSize_AMRWB_16s}) {
+        std::int32_t size = 0;
+        EXPECT_EQ(query(&size), zspStsNoErr);
+        EXPECT_EQ(size, 24);
+    }
+}
+
+/// The filter over `samples`, in one call or in random blocks, its state at an odd address.
+Words filtered(Words samples, const Coeffs& coeffs, int scaleFactor, Samples* blocks = nullptr)
+{
+    alignas(16) std::byte storage[32];
+    void* state = storage + 3;
+    EXPECT_EQ(zspsHighPassFilterInit_G729(coeffs.data(), state), zspStsNoErr);
+    for (std::size_t i = 0; i < samples.size();) {
+        std::size_t n = samples.size() - i;
+        if (blocks) n = std::min(n, static_cast<std::size_t>(1 + blocks->below(100)));
+        EXPECT_EQ(zspsHighPassFilter_G729_16s_ISfs(&samples[i], static_cast<std::int32_t>(n),
+                                                   scaleFactor, state),
+                  zspStsNoErr);
+        i += n;
+    }
+    return samples;
+}
+
+TEST(G729HighPass, Vectors)
+{
+    constexpr Coeffs kDoubledPre = {4096, 7807, -3733, 3798, -7596, 3798};
+    struct Run {
+        const char* input;
+        const char* output;
+        Coeffs coeffs;
+        int scaleFactor;
+    };
+    const Run runs[] = {
+        {"hp_speech.in", "hp_speech.pre", kPre, 12},
+        {"hp_speech.in", "hp_speech.post", kPost, 13},
+        {"hp_extreme.in", "hp_extreme.pre", kPre, 12},
+        {"hp_extreme.in", "hp_extreme.post", kPost, 13},
+        {"hp_boundary_pre.in", "hp_boundary_pre.out", kDoubledPre, 12},
+        {"hp_boundary_post.in", "hp_boundary_post.out", kPost, 13},
+    };
+    Samples samples(729);
+    for (const Run& run : runs) {
+        const auto input = readVector<std::int16_t>(std::string("g729/") + run.input + ".s16");
+        const auto want = readVector<std::int16_t>(std::string("g729/") + run.output + ".s16");
+        expectEqual(filtered(input, run.coeffs, run.scaleFactor), want, run.output);
+        expectEqual(filtered(input, run.coeffs, run.scaleFactor, &samples), want,
+                    std::string(run.output) + ", blocks");
+    }
+}
+
+/// The filter step by step, in the double-precision format of the reference arithmetic.
+Words model(Words samples, const Coeffs& c, int scaleFactor)
+{
+    const auto wrap = [](std::int64_t sum) { return static_cast<std::int32_t>(sum); };
+    const auto product = [](std::int32_t y, std::int16_t coefficient) {
+        const std::int32_t upper = y >> 16, lower = static_cast<std::int32_t>(y & 0xffff) >> 1;
+        return std::int64_t{upper} * coefficient + ((lower * coefficient) >> 15);
+    };
+    const std::int32_t top = scaleFactor == 12 ? 134217727 : 268435455;
+    std::int32_t y1 = 0, y2 = 0;
+    std::int16_t x1 = 0, x2 = 0;
+    for (std::int16_t& sample : samples) {
+        const std::int16_t x = sample;
+        const std::int32_t acc =
+            wrap(product(y1, c[1]) + product(y2, c[2]) + std::int64_t{x} * c[3] +
+                 std::int64_t{x1} * c[4] + std::int64_t{x2} * c[5]);
+        y2 = y1;
+        y1 = acc >= top        ? 2147483647
+             : acc <= -top - 1 ? -2147483647 - 1
+                               : acc * (scaleFactor == 12 ? 16 : 8);
+        x2 = x1;
+        x1 = x;
+        std::int64_t out = (std::int64_t{y1} + 32768) >> 16;
+        if (scaleFactor == 13)
+            out = acc >= 134215679    ? 32767
+                  : acc <= -134217728 ? -32768
+                                      : (std::int64_t{acc} + 2048) >> 12;
+        sample = static_cast<std::int16_t>(std::min<std::int64_t>(out, 32767));
+    }
+    return samples;
+}
+
+// Any coefficients: unstable filters saturate, and the sum wraps.
+TEST(G729HighPass, EqualsModelForAllCoefficients)
+{
+    Samples samples(31);
+    for (int round = 0; round < 2000; ++round) {
+        const int scaleFactor = 12 + round % 2;
+        Coeffs coeffs = round % 4 < 2 ? kPre : kPost;
+        for (auto& c : coeffs)
+            if (samples.below(2) == 0) c = samples.integer<std::int16_t>();
+        const Words input = samples.words(60);
+        expectEqual(filtered(input, coeffs, scaleFactor), model(input, coeffs, scaleFactor),
+                    "round " + std::to_string(round));
+    }
+}
+
+TEST(G729Lsf, Vectors)
+{
+    const auto lsp = readVector<std::int16_t>("g729/lsp.in.s16");
+    for (const auto& [convert, file] : {std::pair{&zspsLSPToLSF_G729_16s, "g729/lsp.radian.s16"},
+                                        {&zspsLSPToLSF_Norm_G729_16s, "g729/lsp.norm.s16"}}) {
+        Words out(lsp.size()), inPlace = lsp;
+        for (std::size_t i = 0; i + 10 <= lsp.size(); i += 10) {
+            ASSERT_EQ(convert(&lsp[i], &out[i]), zspStsNoErr);
+            ASSERT_EQ(convert(&inPlace[i], &inPlace[i]), zspStsNoErr);
+        }
+        expectEqual(out, readVector<std::int16_t>(file), file);
+        expectEqual(inPlace, out, std::string(file) + ", in place");
+    }
+}
+
+struct Frequency {
+    std::array<std::int16_t, 3> lsp; // the last ones; those before are 32767
+    std::array<std::int16_t, 3> radian, norm;
+    const char* why;
+};
+
+constexpr Frequency kFrequencies[] = {
+    {{32767, 32767, 32767}, {0, 0, 0}, {0, 0, 0}, "the top"},
+    {{32767, 0, -32729}, {0, 12868, 25333}, {0, 8192, 16128}, "grid points"},
+    {{32767, 32767, -32768}, {0, 0, -25736}, {0, 0, 16384}, "32768 wraps in radians"},
+    {{-20000, 10000, 10000}, {18230, 10326, 10326}, {11606, 6574, 6574}, "out of order"},
+    {{-32768, 32767, 32767}, {6598, 0, 0}, {-28567, 0, 0}, "far out of order: wraps in both"},
+};
+
+TEST(G729Lsf, KnownFrequencies)
+{
+    for (const Frequency& f : kFrequencies) {
+        Words lsp(10, 32767), radian(10), norm(10);
+        std::copy(f.lsp.begin(), f.lsp.end(), lsp.begin() + 7);
+        ASSERT_EQ(zspsLSPToLSF_G729_16s(lsp.data(), radian.data()), zspStsNoErr);
+        ASSERT_EQ(zspsLSPToLSF_Norm_G729_16s(lsp.data(), norm.data()), zspStsNoErr);
+        expectEqual(Words(radian.begin() + 7, radian.end()), f.radian, f.why);
+        expectEqual(Words(norm.begin() + 7, norm.end()), f.norm, f.why);
+    }
+}
+
+} // namespace

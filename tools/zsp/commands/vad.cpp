@@ -1,0 +1,116 @@
+// zsp vad: where there is speech in a file.
+
+#include "tools/zsp/commands/commands.hpp"
+
+#include "tools/zsp/io/text.hpp"
+#include "tools/zsp/report/report.hpp"
+#include "tools/zsp/voice/vad_track.hpp"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace zsp::host {
+
+namespace {
+
+char letterOf(TxType type)
+{
+    switch (type) {
+    case TxType::speech:
+        return 'S';
+    case TxType::sidFirst:
+        return 'F';
+    case TxType::sidUpdate:
+        return 'U';
+    default:
+        return '.';
+    }
+}
+
+void printSegments(const VadTrack& track)
+{
+    std::printf("   start s     end s  length s\n");
+    for (const VadTrack::Segment& segment : track.segments())
+        std::printf("%10.2f%10.2f%10.2f\n", segment.start, segment.end,
+                    segment.end - segment.start);
+    std::printf("activity %.1f %% of %zu frames\n", 100 * track.activity(), track.speech.size());
+}
+
+/// A second per line.
+void printSchedule(const VadTrack& track)
+{
+    constexpr std::size_t kLine = 50;
+    std::printf("sent frames: S speech, F first comfort noise, U update, . nothing\n");
+    for (std::size_t i = 0; i < track.sent.size(); i += kLine) {
+        std::string line;
+        for (std::size_t k = i; k < std::min(i + kLine, track.sent.size()); ++k)
+            line += letterOf(track.sent[k]);
+        std::printf("%8.0f s  %s\n", static_cast<double>(i) * kVadFrame, line.c_str());
+    }
+    const auto count = [&track](TxType type) {
+        return std::count(track.sent.begin(), track.sent.end(), type);
+    };
+    std::printf("speech %td, first %td, update %td, nothing %td\n", count(TxType::speech),
+                count(TxType::sidFirst), count(TxType::sidUpdate), count(TxType::noData));
+}
+
+void writeCsv(const VadTrack& track, const std::string& path)
+{
+    std::string text = "start_s,speech,sent";
+    for (const char* kind : {"level", "noise"})
+        for (std::size_t band = 0; band + 1 < track.bandEdges.size(); ++band)
+            text += format(",%s_%d_Hz_dB", kind, track.bandEdges[band]);
+    text += '\n';
+    for (std::size_t i = 0; i < track.speech.size(); ++i) {
+        text += format("%.2f,%d,%c", static_cast<double>(i) * kVadFrame, track.speech[i] ? 1 : 0,
+                       letterOf(track.sent[i]));
+        for (const auto* values : {&track.levels[i], &track.noise[i]})
+            for (const float value : *values)
+                text += format(",%.1f", static_cast<double>(value));
+        text += '\n';
+    }
+    OutputFile file(path);
+    file.write(text);
+    file.commit();
+}
+
+void writeReport(const VadTrack& track, const Audio& audio, const VadOptions& options)
+{
+    Report report("Voice activity",
+                  format("%s, %.1f s, by the %s detector.", options.input.c_str(), audio.seconds(),
+                         std::string(nameOf(track.kind)).c_str()));
+    report.tiles({{format("%.1f %%", 100 * track.activity()), "of the frames are speech"},
+                  {format("%zu", track.segments().size()), "segments"},
+                  {format("%.1f s", audio.seconds()), "of signal"}});
+    const Axis time{"time, s", 0, audio.seconds()};
+    const Axis above{"", 0, audio.seconds(), false};
+    std::vector<Chart> charts;
+    charts.emplace_back(above, Axis{"of full scale", -1, 1}, 110);
+    charts.back().waveform(audio.samples, audio.rate, 1, "waveform");
+    for (const VadTrack::Segment& segment : track.segments())
+        charts.back().shade(segment.start, segment.end, 3, "speech");
+    charts.push_back(levelChart(track, above));
+    charts.push_back(bandChart(track, track.levels, above, "Band levels"));
+    charts.push_back(bandChart(track, track.noise, time, "Noise estimate"));
+    report.charts("Signal, decision, levels", charts,
+                  "Levels and noise estimates are the detector's own, on its own scale; one "
+                  "estimate per band of the spectrum.");
+    report.write(options.report);
+}
+
+} // namespace
+
+void runVad(const VadOptions& options)
+{
+    AudioReader reader(options.input);
+    const Audio audio = readMono(reader);
+    const VadTrack track = trackVoice(options.detector, audio);
+    std::printf("%s: %.2f s at %d Hz, %s\n", options.input.c_str(), audio.seconds(), audio.rate,
+                std::string(nameOf(track.kind)).c_str());
+    printSegments(track);
+    if (options.dtx) printSchedule(track);
+    if (!options.csv.empty()) writeCsv(track, options.csv);
+    if (!options.report.empty()) writeReport(track, audio, options);
+}
+
+} // namespace zsp::host
