@@ -1,29 +1,26 @@
-# Reads the list of exports and writes the version script and the module definition file with their
-# exact names.
-set(ZSPSC_EXPORT_LIST ${PROJECT_SOURCE_DIR}/core/exports.inc)
-set(ZSPSC_VERSION_SCRIPT ${PROJECT_BINARY_DIR}/zspsc.map)
-set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${ZSPSC_EXPORT_LIST})
-
-file(STRINGS ${ZSPSC_EXPORT_LIST} lines REGEX "^ZSP_EXPORT")
-set(ZSPSC_EXPORTS "")
-foreach(line IN LISTS lines)
-    string(REGEX REPLACE "^ZSP_EXPORT(_AS)?\\(([A-Za-z0-9_]+).*" "\\2" name "${line}")
-    list(APPEND ZSPSC_EXPORTS ${name})
-endforeach()
-list(JOIN ZSPSC_EXPORTS ";\n        " names)
-file(CONFIGURE OUTPUT ${ZSPSC_VERSION_SCRIPT} @ONLY CONTENT
-"ZSPSC_8.1 {
+# Reads a list of exports and writes, with their exact names, a version script and a module
+# definition file: NAME.map and NAME.def in the build directory.
+function(zspsc_write_export_files name version list)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${list})
+    file(STRINGS ${list} lines REGEX "^ZSPV?_EXPORT")
+    set(exports "")
+    foreach(line IN LISTS lines)
+        string(REGEX REPLACE "^ZSPV?_EXPORT(_AS)?\\(([A-Za-z0-9_]+).*" "\\2" export "${line}")
+        list(APPEND exports ${export})
+    endforeach()
+    list(JOIN exports ";\n        " names)
+    file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/${name}.map @ONLY CONTENT
+"@version@ {
     global:
         @names@;
     local:
         *;
 };
 ")
-
-set(ZSPSC_MODULE_DEFINITION ${PROJECT_BINARY_DIR}/zspsc.def)
-list(JOIN ZSPSC_EXPORTS "\n    " names)
-file(CONFIGURE OUTPUT ${ZSPSC_MODULE_DEFINITION} @ONLY CONTENT
-"LIBRARY zspsc.dll
+    list(JOIN exports "\n    " names)
+    file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/${name}.def @ONLY CONTENT
+"LIBRARY @name@.dll
 EXPORTS
     @names@
 ")
+endfunction()
