@@ -1,0 +1,121 @@
+// The table of codecs and what is found out from its rows alone.
+
+#include "voice/api/record.hpp"
+#include "voice/codec/rows.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+namespace zsp::voice {
+
+namespace {
+
+constexpr std::array kCodecs = {
+#define ZSPV_CODEC(name) &name,
+#include "voice/codec/codecs.inc"
+};
+
+/// A letter in lower case. RTP names are ASCII.
+constexpr char lower(char c) noexcept
+{
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+bool sameName(const char* a, const char* b) noexcept
+{
+    while (*a && lower(*a) == lower(*b)) {
+        ++a;
+        ++b;
+    }
+    return *a == *b;
+}
+
+} // namespace
+
+const Codec* findCodec(const ZspvCodec* info) noexcept
+{
+    const auto found = std::find_if(kCodecs.begin(), kCodecs.end(),
+                                    [info](const Codec* codec) { return &codec->info == info; });
+    return found == kCodecs.end() ? nullptr : *found;
+}
+
+Frame lookAtFrame(const Codec& codec, In8 rest) noexcept
+{
+    if (codec.look) return codec.look(codec, rest);
+
+    const auto step = static_cast<std::size_t>(stepBytes(codec.info));
+    const auto largest = static_cast<std::size_t>(codec.info.maxFrameBytes);
+    Frame frame;
+    frame.bytes = std::min(rest.size() / step * step, largest);
+    if (frame.bytes == 0) frame.status = zspStsSizeErr;
+    frame.samples = static_cast<std::int32_t>(frame.bytes / step) * codec.info.stepSamples;
+    return frame;
+}
+
+bool hasBitRate(const ZspvCodec& info, std::int32_t bitRate) noexcept
+{
+    const std::int32_t* end = info.bitRates + info.bitRateCount;
+    return std::find(info.bitRates, end, bitRate) != end;
+}
+
+ZspStatus makeSettings(const Codec& codec, const ZspvParams* params, Settings& settings) noexcept
+{
+    ZspvParams own{};
+    if (params) {
+        if (!plausible(*params)) return zspStsSizeErr;
+        own = readRecord(*params);
+    }
+    own.structSize = sizeof own;
+    if (own.bitRate == 0) own.bitRate = codec.info.bitRates[0];
+    if (!hasBitRate(codec.info, own.bitRate)) return zspStsRangeErr;
+    if (own.dtx && !codec.has(zspvCodecDtx)) return zspStsRangeErr;
+
+    // A peer that takes no silence frames must not get any.
+    own.dtx = own.dtx && !own.noSilenceFrames;
+    settings = {.params = own, .bitRate = own.bitRate, .dtx = own.dtx};
+    return zspStsNoErr;
+}
+
+} // namespace zsp::voice
+
+using zsp::voice::kCodecs;
+
+std::int32_t zspvCodecCount(void)
+{
+    return static_cast<std::int32_t>(kCodecs.size());
+}
+
+const ZspvCodec* zspvCodecByIndex(std::int32_t index)
+{
+    if (index < 0 || index >= zspvCodecCount()) return nullptr;
+    return &kCodecs[static_cast<std::size_t>(index)]->info;
+}
+
+const ZspvCodec* zspvCodecByName(const char* rtpName, std::int32_t rtpClock)
+{
+    if (!rtpName) return nullptr;
+    for (const auto* codec : kCodecs)
+        if (zsp::voice::sameName(codec->info.rtpName, rtpName) &&
+            (rtpClock == 0 || codec->info.rtpClock == rtpClock))
+            return &codec->info;
+    return nullptr;
+}
+
+const ZspvCodec* zspvCodecByPayloadType(std::int32_t payloadType)
+{
+    if (payloadType < 0) return nullptr; // what rows without a static type have
+    for (const auto* codec : kCodecs)
+        if (codec->info.payloadType == payloadType) return &codec->info;
+    return nullptr;
+}
+
+std::int64_t zspvCodecTicks(const ZspvCodec* codec, std::int64_t samples)
+{
+    if (!codec || samples < 0) return -1;
+    // Split, so that no count of samples overflows on its way: the clock is never the faster one
+    // by more than what a second of samples takes.
+    const std::int64_t seconds = samples / codec->sampleRate;
+    const std::int64_t rest = samples % codec->sampleRate;
+    return seconds * codec->rtpClock + rest * codec->rtpClock / codec->sampleRate;
+}
