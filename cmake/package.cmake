@@ -19,7 +19,7 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/lib)
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 
 set(CPACK_COMPONENTS_ALL runtime dev)
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libzspsc8)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libzspsc${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/triggers)
 
@@ -31,7 +31,7 @@ This package holds the shared libraries.")
 
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME libzspsc-dev)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "libzspsc8 (= ${PROJECT_VERSION}-1)")
+set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME} (= ${PROJECT_VERSION}-1)")
 set(CPACK_COMPONENT_DEV_DESCRIPTION
 "Headers, static libraries, CMake package and pkg-config file of the zspsc
 speech-coding library.")
@@ -40,7 +40,7 @@ if(TARGET zsp)
     list(APPEND CPACK_COMPONENTS_ALL tool)
     set(CPACK_DEBIAN_TOOL_PACKAGE_NAME zsp)
     set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION sound)
-    set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "libzspsc8 (= ${PROJECT_VERSION}-1)")
+    set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME} (= ${PROJECT_VERSION}-1)")
     set(CPACK_COMPONENT_TOOL_DESCRIPTION
 "Codes, detects, levels and cancels echo in audio files with the zspsc
 speech-coding library, and writes reports about it.")

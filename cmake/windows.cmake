@@ -1,6 +1,7 @@
 # zspsc.dll and zspcore.dll: names without "lib", exports from module definition files, no time
 # stamps, a fixed image base.
-target_sources(zspsc PRIVATE ${ZSPSC_MODULE_DEFINITION} core/zspsc.rc)
+configure_file(core/zspsc.rc.in ${PROJECT_BINARY_DIR}/zspsc.rc @ONLY)
+target_sources(zspsc PRIVATE ${ZSPSC_MODULE_DEFINITION} ${PROJECT_BINARY_DIR}/zspsc.rc)
 target_sources(zspcore PRIVATE companion/zspcore.def)
 foreach(target zspsc zspcore)
     set_target_properties(${target} PROPERTIES PREFIX "")

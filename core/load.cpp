@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr std::uint64_t kAvxFamily = 0x10 | 0x20;
+constexpr std::uint64_t kAvxFamily = ZSP_CPU_AVX | ZSP_CPU_AVX2;
 
 volatile bool avxFamilyEnabled = false;
 

@@ -26,7 +26,7 @@ static int16_t sample(int n)
 }
 
 /* The reset of TS 26.094 option 1. */
-static void reset(Vad1State* vad)
+static void reset(ZspVad1State* vad)
 {
     int i;
     memset(vad, 0, sizeof *vad);
@@ -37,7 +37,7 @@ static void reset(Vad1State* vad)
 
 int main(void)
 {
-    Vad1State vad;
+    ZspVad1State vad;
     int16_t input[kLookAhead + kFrame] = {0};
     int16_t hangover = 7, elapsed = 32767;
     int speech = 0, sid = 0, silent = 0, sinceSid = 0, frame, i;

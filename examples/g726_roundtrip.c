@@ -7,7 +7,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 
-enum { kSampleRate = 8000, kSamples = 2 * kSampleRate, kBlock = 160, kRate32 = 23, kLinear = 2 };
+enum { kSampleRate = 8000, kSamples = 2 * kSampleRate, kBlock = 160 };
 
 int main(void)
 {
@@ -28,8 +28,8 @@ int main(void)
     encoder = malloc((size_t)encoderSize);
     decoder = malloc((size_t)decoderSize);
     if (!encoder || !decoder) return 1;
-    zspsEncodeInit_G726_16s8u(encoder, kRate32);
-    zspsDecodeInit_G726_8u16s(decoder, kRate32, kLinear);
+    zspsEncodeInit_G726_16s8u(encoder, zspG726Rate32);
+    zspsDecodeInit_G726_8u16s(decoder, zspG726Rate32, zspG726LawLinear);
 
     for (i = 0; i < kSamples; i += kBlock) { /* 20 ms at a time, as a call would */
         if (zspsEncode_G726_16s8u(encoder, speech + i, codes + i, kBlock) != zspStsNoErr) return 1;

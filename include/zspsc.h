@@ -27,7 +27,7 @@
 #if defined(__GNUC__) && !defined(_WIN32)
 #define ZSPSC_API __attribute__((visibility("default")))
 #else
-#define ZSPSC_API
+#define ZSPSC_API /**< marks an exported function */
 #endif
 
 #ifdef __cplusplus
@@ -75,9 +75,9 @@ typedef struct Zsp32sc {
 
 /** The version record. */
 typedef struct ZspLibraryVersion {
-    int32_t major;           /**< 8 */
-    int32_t minor;           /**< 1 */
-    int32_t update;          /**< 1 */
+    int32_t major;           /**< ::ZSPSC_VERSION_MAJOR as the library was built */
+    int32_t minor;           /**< ::ZSPSC_VERSION_MINOR */
+    int32_t update;          /**< ::ZSPSC_VERSION_PATCH */
     int32_t revision;        /**< source revision */
     char cpuTag[4];          /**< processor-specific build, "l9" for AVX2, zero-filled */
     const char* name;        /**< name of the library and the build */
@@ -96,6 +96,11 @@ typedef struct ZspLibraryVersion {
  * Which library this is.
  * @{
  */
+
+/** The version that this header belongs to; zspscGetLibVersion() tells that of the library. */
+#define ZSPSC_VERSION_MAJOR 8
+#define ZSPSC_VERSION_MINOR 1 /**< as above */
+#define ZSPSC_VERSION_PATCH 1 /**< as above */
 
 /**
  * The version record of this library.
@@ -742,7 +747,7 @@ ZSPSC_API ZspStatus zspsLSPToLSF_Norm_G729_16s(const int16_t* src, int16_t* dst)
 /** State of zspsVAD1_GSMAMR_16s(), 116 bytes. Before the first frame the caller sets old_level,
  *  ave_level and bckr_est to 150 in every band, corr_hp_fast to 13106 and all else to 0. Bands
  *  begin at 0, 250, 500, 750, 1000, 1500, 2000, 2500 and 3000 Hz. */
-typedef struct Vad1State {
+typedef struct ZspVad1State {
     int16_t sub_level[9];       /**< level of the last fifth of the previous frame */
     int16_t old_level[9];       /**< level of the previous frame */
     int16_t ave_level[9];       /**< averaged level, for the stationarity estimate */
@@ -760,7 +765,10 @@ typedef struct Vad1State {
     int16_t complex_warning;    /**< 1 when the background may be a complex signal */
     int16_t corr_hp_fast;       /**< smoothed high-pass correlation, Q15 */
     int16_t pitch;              /**< flags: stable pitch; written by the caller */
-} Vad1State;
+} ZspVad1State;
+
+/** The earlier name of ::ZspVad1State. */
+typedef ZspVad1State Vad1State;
 
 /**
  * Voice activity detector, option 1, one frame.
@@ -777,7 +785,7 @@ typedef struct Vad1State {
  * @retval zspStsNullPtrErr  src, state or vadFlag is null
  * @see 3GPP TS 26.094, option 1
  */
-ZSPSC_API ZspStatus zspsVAD1_GSMAMR_16s(const int16_t* src, Vad1State* state, int16_t* vadFlag,
+ZSPSC_API ZspStatus zspsVAD1_GSMAMR_16s(const int16_t* src, ZspVad1State* state, int16_t* vadFlag,
                                         int32_t tone, int16_t bestCorrHp);
 
 /**
@@ -840,7 +848,7 @@ ZSPSC_API ZspStatus zspsDecDTXBuffer_GSMAMR_16s(const int16_t* speech, const int
  * Levels and SNRs in dB are Q8. Channel energies are Q9, or Q4 in scaling state 1. The channels
  * begin at 125 Hz and get wider, from 125 to 500 Hz.
  */
-typedef struct Vad2State {
+typedef struct ZspVad2State {
     int32_t ch_enrg[16];         /**< smoothed channel energies */
     int32_t ch_noise[16];        /**< channel noise estimates, Q9 */
     int16_t ch_enrg_long_db[16]; /**< long-term channel energies, dB */
@@ -857,7 +865,10 @@ typedef struct Vad2State {
     int16_t negSNRvar;           /**< variance of negative SNRs, Q8 */
     int16_t negSNRbias;          /**< what it adds to the threshold of the voice metric */
     int32_t frame_cnt;           /**< half-frames since the reset, stops at 2^31 - 1 */
-} Vad2State;
+} ZspVad2State;
+
+/** The earlier name of ::ZspVad2State. */
+typedef ZspVad2State Vad2State;
 
 /**
  * Voice activity detection, option 2: sixteen FFT channels, voice metric and noise update.
@@ -872,7 +883,7 @@ typedef struct Vad2State {
  * @retval zspStsNullPtrErr  src, state or vadFlag is null
  * @see 3GPP TS 26.094, option 2
  */
-ZSPSC_API ZspStatus zspsVAD2_GSMAMR_16s(const int16_t* src, Vad2State* state, int16_t* vadFlag,
+ZSPSC_API ZspStatus zspsVAD2_GSMAMR_16s(const int16_t* src, ZspVad2State* state, int16_t* vadFlag,
                                         int32_t ltpFlag);
 
 /**
@@ -920,7 +931,7 @@ ZSPSC_API ZspStatus zspsFFTFwd_RToPerm_GSMAMR_16s_I(int16_t* srcDst);
 
 /** State of zspsVAD_AMRWB_16s(), 172 bytes. Bands begin at 0, 200, 400, 600, 800, 1200, 1600, 2000,
  *  2400, 3200, 4000 and 4800 Hz. */
-typedef struct VadWbState {
+typedef struct ZspVadWbState {
     int16_t bckr_est[12];  /**< noise estimate */
     int16_t ave_level[12]; /**< averaged level, for the stationarity estimate */
     int16_t old_level[12]; /**< level of the previous frame */
@@ -937,7 +948,10 @@ typedef struct VadWbState {
     int16_t speech_level; /**< estimated speech level */
     int32_t prev_pow_sum; /**< twice the sum of squares of the previous frame */
     int16_t energy_level[12]; /**< band levels of the last frame */
-} VadWbState;
+} ZspVadWbState;
+
+/** The earlier name of ::ZspVadWbState. */
+typedef ZspVadWbState VadWbState;
 
 /**
  * Size of the detector's record.
@@ -955,7 +969,7 @@ ZSPSC_API ZspStatus zspsVADGetSize_AMRWB_16s(int32_t* size);
  * @param[in,out] state  the detector's record
  * @retval zspStsNullPtrErr  state is null
  */
-ZSPSC_API ZspStatus zspsVADInit_AMRWB_16s(VadWbState* state);
+ZSPSC_API ZspStatus zspsVADInit_AMRWB_16s(ZspVadWbState* state);
 
 /**
  * Voice activity detector, one frame.
@@ -971,7 +985,7 @@ ZSPSC_API ZspStatus zspsVADInit_AMRWB_16s(VadWbState* state);
  * @retval zspStsNullPtrErr  frame, state, tone or vadFlag is null
  * @see 3GPP TS 26.194
  */
-ZSPSC_API ZspStatus zspsVAD_AMRWB_16s(const int16_t* frame, VadWbState* state, int16_t* tone,
+ZSPSC_API ZspStatus zspsVAD_AMRWB_16s(const int16_t* frame, ZspVadWbState* state, int16_t* tone,
                                       int16_t* vadFlag);
 
 /**
@@ -981,7 +995,7 @@ ZSPSC_API ZspStatus zspsVAD_AMRWB_16s(const int16_t* frame, VadWbState* state, i
  * @param[out] levels  12 levels, from the lowest band up
  * @retval zspStsNullPtrErr  state or levels is null
  */
-ZSPSC_API ZspStatus zspsVADGetEnergyLevel_AMRWB_16s(const VadWbState* state, int16_t* levels);
+ZSPSC_API ZspStatus zspsVADGetEnergyLevel_AMRWB_16s(const ZspVadWbState* state, int16_t* levels);
 
 /** @} */
 

@@ -1,0 +1,28 @@
+# The lists of exports name each function once, in the order of their bytes inside a group.
+#   cmake -DROOT=... -P exports_test.cmake
+cmake_minimum_required(VERSION 3.25)
+
+set(faults "")
+foreach(list core/exports.inc voice/exports.inc)
+    file(STRINGS ${ROOT}/${list} lines REGEX "^(ZSPV?_EXPORT|/\\* [a-z])")
+    set(last "")
+    set(seen "")
+    foreach(line IN LISTS lines)
+        if(NOT line MATCHES "^ZSPV?_EXPORT(_AS)?\\(([A-Za-z0-9_]+)")
+            set(last "") # a new group
+            continue()
+        endif()
+        set(name ${CMAKE_MATCH_2})
+        if(name IN_LIST seen OR name STRLESS last)
+            string(APPEND faults "\n    ${list}: ${name}")
+        endif()
+        list(APPEND seen ${name})
+        set(last ${name})
+    endforeach()
+    if(NOT seen)
+        string(APPEND faults "\n    ${list}: no exports found")
+    endif()
+endforeach()
+if(faults)
+    message(FATAL_ERROR "Exports listed twice or out of order:${faults}")
+endif()
