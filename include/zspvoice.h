@@ -216,6 +216,8 @@ ZSPV_API ZspStatus zspvFmtpParse(const char* rtpName, const char* text, ZspvPara
  *                       takes
  * @retval zspStsNullPtrErr  rtpName, params, text or length is null
  * @retval zspStsSizeErr     structSize is not plausible, or capacity too small
+ * @retval zspStsRangeErr    a parameter that the name has is outside its range; comes before the
+ *                           capacity
  */
 ZSPV_API ZspStatus zspvFmtpPrint(const char* rtpName, const ZspvParams* params, char* text,
                                  int32_t capacity, int32_t* length);
@@ -243,8 +245,10 @@ ZSPV_API ZspStatus zspvFmtpCompare(const char* rtpName, const ZspvParams* a, con
  * @param[out] answer   structSize is set by the caller
  * @retval zspStsNullPtrErr     an argument is null
  * @retval zspStsSizeErr        a structSize is not plausible
- * @retval zspStsCodecRangeErr  the offer asks for what is not built or shares no mode with own:
- *                              refuse this payload type
+ * @retval zspStsRangeErr       a parameter that the name has is outside its range
+ * @retval zspStsCodecRangeErr  the offer asks for what is not built, shares no mode with own, or
+ *                              cannot keep to own's period of mode changes: refuse this payload
+ *                              type
  * @see RFC 4867, clause 8.3; RFC 7261
  */
 ZSPV_API ZspStatus zspvFmtpAnswer(const char* rtpName, const ZspvParams* offer,
@@ -570,11 +574,16 @@ ZSPV_API ZspStatus zspvPack(const ZspvCodec* codec, const ZspvParams* params, co
  * The mode that an AMR or AMR-WB encoder uses next, from what the peer asks for and what both have
  * agreed.
  *
+ * A request is an upper limit: the highest mode of the set that is not above it is used, or the
+ * lowest one. Without a request the mode stays. The first mode without a request is the middle one
+ * of the set, the lower one of the middle two, and mode 3 where all modes are allowed.
+ *
  * @param[in]  params     mode set, period and neighbour rule; may be null for the defaults
- * @param      requested  the peer's last request, or ZSPV_NO_REQUEST
- * @param      current    mode in use, or -1 before the first frame: then the highest mode of the
- * set that is not above the middle one is taken without a request
- * @param      frames     frames since the last change of mode
+ * @param      requested  the peer's last request, or ZSPV_NO_REQUEST; 9..14 are reserved and count
+ *                        as none
+ * @param      current    mode in use, or -1 before the first frame
+ * @param      frames     frames coded since the last change of mode; with a period of 2 a change
+ *                        waits until they are an even number above 0
  * @param[out] mode       the mode to use
  * @retval zspStsNullPtrErr  mode is null
  * @retval zspStsSizeErr     params->structSize is not plausible

@@ -1,11 +1,11 @@
 // The table of codecs and what is found out from its rows alone.
 
+#include "voice/api/names.hpp"
 #include "voice/api/record.hpp"
 #include "voice/codec/rows.hpp"
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 
 namespace zsp::voice {
 
@@ -15,21 +15,6 @@ constexpr std::array kCodecs = {
 #define ZSPV_CODEC(name) &name,
 #include "voice/codec/codecs.inc"
 };
-
-/// A letter in lower case. RTP names are ASCII.
-constexpr char lower(char c) noexcept
-{
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool sameName(const char* a, const char* b) noexcept
-{
-    while (*a && lower(*a) == lower(*b)) {
-        ++a;
-        ++b;
-    }
-    return *a == *b;
-}
 
 } // namespace
 
