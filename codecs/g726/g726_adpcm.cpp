@@ -284,7 +284,8 @@ ZspStatus zspsDecodeInit_G726_8u16s(void* state, std::int32_t rate, std::int32_t
     if (g726::rateIndex(rate) < 0) return zspStsRangeErr;
     if (law < zspG726LawMu || law > zspG726LawLinear) return zspStsRangeErr;
 
-    placeRecord(state, g726::DecoderState{g726::freshState(rate), static_cast<g726::Law>(law)});
+    placeRecord(state, g726::DecoderState{.coder = g726::freshState(rate),
+                                          .law = static_cast<g726::Law>(law)});
     return zspStsNoErr;
 }
 

@@ -43,12 +43,15 @@ static_assert(sizeof(EncoderState) == 88 && std::is_trivially_copyable_v<Encoder
 
 enum class Law : std::int16_t { mulaw = 0, alaw = 1, uniform = 2 };
 
+/// The encoder's record with the law behind it.
 struct DecoderState {
     CoderState coder;
+    std::array<std::int16_t, 8> reserved{};
     Law law = Law::uniform;
-    std::array<std::int16_t, 9> reserved{};
+    std::int16_t unused = 0;
 };
 static_assert(sizeof(DecoderState) == 92 && std::is_trivially_copyable_v<DecoderState>);
+static_assert(offsetof(DecoderState, law) == sizeof(EncoderState));
 
 /// The definition: one code word per sample. `code` is as long as `sl`.
 void encodeScalar(CoderState& state, In16 sl, Out8 code) noexcept;

@@ -196,7 +196,10 @@ TEST(G726, InitRestartsAndFillsTheRecord)
         EXPECT_EQ(word(fresh, 40 + 2 * i), 32) << "delayed value " << i;
         EXPECT_EQ(word(fresh, 56 + 2 * i), 0) << "sign " << i;
     }
-    EXPECT_EQ(word(fresh, 72), zspG726LawA) << "law";
+    EXPECT_EQ(word(fresh, 88), zspG726LawA) << "law, behind the bytes of an encoder's record";
+    auto encoder = filled<std::uint8_t>(kEncoderSize, 0xee);
+    ASSERT_EQ(zspsEncodeInit_G726_16s8u(encoder.data(), zspG726Rate40), zspStsNoErr);
+    EXPECT_TRUE(std::equal(encoder.begin(), encoder.end(), fresh.begin()));
 
     auto used = fresh;
     const auto codes = filled<std::uint8_t>(100, 9);
