@@ -25,14 +25,16 @@ inline constexpr std::size_t kFftAlignment = 64;
 /// Larger transforms have sizes beyond 32 bits.
 inline constexpr int kMaxFftOrder = 26;
 
-/// Tables of factors; which of them a plan has depends on the order. Vectors of complex factors are
-/// stored as eight real parts and eight imaginary parts.
+/// The tables of an order. Vectors of complex numbers are stored as eight real parts and eight
+/// imaginary parts.
 struct RealFftPlan {
     std::int32_t order;
-    const float* separation; // to separate the spectra of even and odd samples
-    const float* merging;    // to merge them
-    const float* lanes;      // between transforms of columns and of rows
-    const float* columns;    // inside the transforms of columns
+    // Orders 1 to 4: the matrices of the two transforms. From 5 on: the twiddle factors that split
+    // the half-length complex transform into the spectra of even and odd samples, and merge them.
+    const float* forwardTable;
+    const float* inverseTable;
+    const float* rowTwiddles;    // between the transforms of columns and of rows, from order 5 on
+    const float* columnTwiddles; // inside the transforms of columns, from order 7 on
 };
 
 /// Bytes of a plan's storage, with room for two alignments to kFftAlignment: its own and one of
@@ -45,7 +47,12 @@ std::int64_t realFftWorkSize(int order) noexcept;
 /// Builds the plan at the first boundary of kFftAlignment in the storage.
 const RealFftPlan* initRealFft(void* storage, int order) noexcept;
 
-/// `time` and `bins` do not overlap; both have the plan's length, N and N/2 + 1.
+/// The definition, in double precision and for any even length: O(N^2).
+void realFftForwardScalar(InF time, OutBins bins) noexcept;
+void realFftInverseScalar(InBins bins, OutF time) noexcept;
+
+/// The same in single precision. `time` and `bins` do not overlap; both have the plan's length, N
+/// and N/2 + 1.
 void realFftForward(const RealFftPlan& plan, InF time, OutBins bins, float* work) noexcept;
 
 void realFftInverse(const RealFftPlan& plan, InBins bins, OutF time, float* work) noexcept;
