@@ -62,10 +62,32 @@ inline __m256i mult(__m256i a, __m256i b) noexcept
                            _mm256_srli_epi16(_mm256_mullo_epi16(a, b), 15));
 }
 
+/// The two middle quarters exchanged. Packing, unpacking and shuffles work in 128-bit halves; this
+/// joins what they leave.
+inline __m256i swapMiddle(__m256i v) noexcept
+{
+    return _mm256_permute4x64_epi64(v, 0xd8);
+}
+
+inline __m256 swapMiddle(__m256 v) noexcept
+{
+    return _mm256_castpd_ps(_mm256_permute4x64_pd(_mm256_castps_pd(v), 0xd8));
+}
+
 /// Sixteen words from two times eight 32-bit lanes, saturated, in order.
 inline __m256i packInOrder(__m256i lower, __m256i upper) noexcept
 {
-    return _mm256_permute4x64_epi64(_mm256_packs_epi32(lower, upper), 0xd8);
+    return swapMiddle(_mm256_packs_epi32(lower, upper));
+}
+
+/// The number of the leading one of positive 32-bit lanes, 0 to 30. With the bit below the leading
+/// one cleared, the conversion to float cannot round up to the next power of two: its exponent is
+/// that number.
+inline __m256i leadingBit(__m256i v) noexcept
+{
+    const __m256i cut = _mm256_andnot_si256(_mm256_srli_epi32(v, 1), v);
+    const __m256i biased = _mm256_srli_epi32(_mm256_castps_si256(_mm256_cvtepi32_ps(cut)), 23);
+    return _mm256_sub_epi32(biased, _mm256_set1_epi32(127));
 }
 
 /// Two neighbouring words of a table for each lane of `index`, the first in the lower half; `bytes`

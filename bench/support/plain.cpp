@@ -27,111 +27,105 @@ constexpr std::int16_t kRoots[49] = {
 
 } // namespace
 
-void crossCorrLagMax(const std::int16_t* a, const std::int16_t* b, int len, int lagMax,
-                     std::int32_t* maxCorr, std::int32_t* bestLag)
+Peak lagMax(In16 a, In16 b)
 {
-    std::int32_t best = 0;
-    int at = lagMax;
-    for (int lag = lagMax; lag >= 0; --lag) {
+    Peak best{0, static_cast<int>(b.size() - a.size())};
+    for (int lag = best.lag; lag >= 0; --lag) {
+        const std::int16_t* const y = &b[static_cast<std::size_t>(lag)];
         std::uint32_t sum = 0;
-        for (int i = 0; i < len; ++i)
-            sum += static_cast<std::uint32_t>(a[i] * b[i + lag]);
+        for (std::size_t i = 0; i < a.size(); ++i)
+            sum += static_cast<std::uint32_t>(a[i] * y[i]);
         const auto c = static_cast<std::int32_t>(sum);
-        if (c > best) {
-            best = c;
-            at = lag;
-        }
+        if (c > best.corr) best = {c, lag};
     }
-    *maxCorr = best;
-    *bestLag = at;
+    return best;
 }
 
-void autoCorrLagMax(const float* src, int len, int lagMin, int lagMax, float* maxCorr,
-                    std::int32_t* bestLag)
+PeakF lagMax(InF a, InF b)
 {
-    float best = 0;
-    int at = lagMin;
-    for (int lag = lagMin; lag <= lagMax; ++lag) {
+    PeakF best{0, static_cast<int>(b.size() - a.size())};
+    for (int lag = best.lag; lag >= 0; --lag) {
+        const float* const y = &b[static_cast<std::size_t>(lag)];
         float sum = 0;
-        for (int i = 0; i < len; ++i)
-            sum += src[i] * src[i - lag];
-        if (sum > best) {
-            best = sum;
-            at = lag;
-        }
+        for (std::size_t i = 0; i < a.size(); ++i)
+            sum += a[i] * y[i];
+        if (sum > best.corr) best = {sum, lag};
     }
-    *maxCorr = best;
-    *bestLag = at;
+    return best;
 }
 
 // The energy bounds the other lags, so only it needs 64 bits.
-bool autoCorr(const std::int16_t* src, int len, std::int32_t* dst, int lagCount,
-              std::int32_t* normOut)
+bool autoCorr(In16 src, Out32 dst, std::int32_t& shift)
 {
     std::int64_t energy = 0;
-    for (int i = 0; i < len; ++i)
-        energy += src[i] * src[i];
+    for (const int x : src)
+        energy += x * x;
     if (energy > 1073741823) return false;
     const auto r0 = static_cast<std::int32_t>(2 * energy + 1);
-    const int n = norm(r0);
-    *normOut = n;
-    dst[0] = r0 << n;
-    for (int k = 1; k < lagCount; ++k) {
+    shift = norm(r0);
+    dst[0] = r0 << shift;
+    for (std::size_t k = 1; k < dst.size(); ++k) {
         std::int32_t sum = 0;
-        for (int i = k; i < len; ++i)
+        for (std::size_t i = k; i < src.size(); ++i)
             sum += src[i] * src[i - k];
-        dst[k] = static_cast<std::int32_t>(static_cast<std::uint32_t>(sum) << (n + 1));
+        dst[k] = static_cast<std::int32_t>(static_cast<std::uint32_t>(sum) << (shift + 1));
     }
     return true;
 }
 
-void crossCorr(const std::int16_t* a, const std::int16_t* b, int len, std::int32_t* dst,
-               int lagCount, int shift)
+void crossCorr(In16 a, In16 b, Out32 dst, int shift)
 {
     const std::int64_t half = shift > 0 ? std::int64_t{1} << (shift - 1) : 0;
-    for (int k = 0; k < lagCount; ++k) {
+    for (std::size_t k = 0; k < dst.size(); ++k) {
         std::int64_t sum = half;
-        for (int i = 0; i < len - k; ++i)
+        for (std::size_t i = 0; i + k < a.size(); ++i)
             sum += a[i + k] * b[i];
         dst[k] = sat32(sum >> shift);
     }
 }
 
-void crossCorrNormM(const std::int16_t* a, const std::int16_t* b, int len, std::int16_t* dst)
+void crossCorrNormM(In16 a, In16 b, Out16 dst)
 {
     std::int32_t c[512];
     std::int32_t largest = 0;
-    for (int k = 0; k < len; ++k) {
+    for (std::size_t k = 0; k < dst.size(); ++k) {
         std::int32_t sum = 0;
-        for (int i = 0; i < len - k; ++i)
+        for (std::size_t i = 0; i + k < a.size(); ++i)
             sum = sat32(std::int64_t{sum} + sat32(std::int64_t{2} * a[i + k] * b[i]));
         c[k] = sum;
         const std::int32_t magnitude = sum == INT32_MIN ? INT32_MAX : sum < 0 ? -sum : sum;
         if (magnitude > largest) largest = magnitude;
     }
     const int n = norm(largest);
-    for (int k = 0; k < len; ++k)
+    for (std::size_t k = 0; k < dst.size(); ++k)
         dst[k] = static_cast<std::int16_t>(c[k] >> (18 - (n < 16 ? n : 16)));
 }
 
-void convPartial(const std::int16_t* a, const std::int16_t* b, std::int16_t* dst, int len,
-                 int shift)
+void convPartial(In16 a, In16 b, Out16 dst, int shift)
 {
     const std::int64_t half = shift > 0 ? std::int64_t{1} << (shift - 1) : 0;
-    for (int n = 0; n < len; ++n) {
+    for (std::size_t n = 0; n < dst.size(); ++n) {
         std::int64_t sum = half;
-        for (int i = 0; i <= n; ++i)
+        for (std::size_t i = 0; i <= n; ++i)
             sum += a[i] * b[n - i];
         dst[n] = sat16(sum >> shift);
     }
 }
 
-void invSqrt(std::int32_t* x, int len)
+std::int32_t energy(In16 x)
 {
-    for (int i = 0; i < len; ++i) {
-        std::int32_t v = x[i];
+    std::int64_t sum = 0;
+    for (const int w : x)
+        sum += w * w;
+    return sat32(2 * sum);
+}
+
+void invSqrt(Out32 x)
+{
+    for (std::int32_t& value : x) {
+        std::int32_t v = value;
         if (v <= 0) {
-            x[i] = 0x3fffffff;
+            value = 0x3fffffff;
             continue;
         }
         const int e = norm(v);
@@ -141,36 +135,34 @@ void invSqrt(std::int32_t* x, int len)
         const int index = (v >> 25) - 16;
         const int fraction = (v >> 10) & 0x7fff;
         const int slope = 2 * (kRoots[index] - kRoots[index + 1]);
-        x[i] = ((kRoots[index] << 16) - fraction * slope) >> (k / 2);
+        value = ((kRoots[index] << 16) - fraction * slope) >> (k / 2);
     }
 }
 
-void autoScale(const std::int16_t* src, std::int16_t* dst, int len, std::int32_t* scale)
+void autoScale(In16 src, Out16 dst, std::int32_t& scale)
 {
     int largest = 0;
-    for (int i = 0; i < len; ++i) {
-        const int magnitude = src[i] < 0 ? -src[i] : src[i];
+    for (const int x : src) {
+        const int magnitude = x < 0 ? -x : x;
         if (magnitude > largest) largest = magnitude;
     }
     int shift = 0;
     if (largest > 0) shift = largest > 32767 ? 0 : norm(largest) - 16;
-    shift -= *scale;
-    for (int i = 0; i < len; ++i)
+    shift -= scale;
+    for (std::size_t i = 0; i < dst.size(); ++i)
         dst[i] = static_cast<std::int16_t>(shift >= 0     ? src[i] * (1 << shift)
                                            : shift <= -15 ? src[i] >> 15
                                                           : src[i] >> -shift);
-    *scale = shift;
+    scale = shift;
 }
 
-void preemphasize(float factor, float* x, int len, float* memory)
+void preemphasize(float factor, OutF x, float before)
 {
-    float before = *memory;
-    for (int i = 0; i < len; ++i) {
-        const float input = x[i];
-        x[i] = input - factor * before;
+    for (float& value : x) {
+        const float input = value;
+        value = input - factor * before;
         before = input;
     }
-    *memory = before;
 }
 
 } // namespace zsp::bench::plain

@@ -10,6 +10,9 @@
 
 namespace zsp::bench {
 
+/// Loud speech: the energy of 240 samples is below 2^30.
+inline constexpr int kLoudSpeech = 3000;
+
 class WordPool {
   public:
     /// Uniform words of at most `limit` in magnitude.

@@ -167,11 +167,7 @@ __m256i eightLevels(__m256i energies, __m256i fractionBits) noexcept
 {
     const __m256i one = _mm256_set1_epi32(1);
     const __m256i x = _mm256_max_epi32(energies, one); // the logarithm of 1 is 0 as well
-    // The float's exponent tells the leading bit. Without the bit behind it nothing rounds up.
-    const __m256i cut = _mm256_andnot_si256(_mm256_srli_epi32(x, 1), x);
-    const __m256i biased = _mm256_srli_epi32(_mm256_castps_si256(_mm256_cvtepi32_ps(cut)), 23);
-    const __m256i exponent = _mm256_sub_epi32(biased, _mm256_set1_epi32(127));
-
+    const __m256i exponent = avx2::leadingBit(x);
     const __m256i y = _mm256_sllv_epi32(x, _mm256_sub_epi32(_mm256_set1_epi32(30), exponent));
     const __m256i index = _mm256_sub_epi32(_mm256_srli_epi32(y, 25), _mm256_set1_epi32(32));
     const __m256i rest_Q15 = _mm256_and_si256(_mm256_srli_epi32(y, 10), _mm256_set1_epi32(0x7fff));

@@ -88,10 +88,7 @@ void inverse32(const RealFftPlan& plan, const float* bins, float* time) noexcept
     std::array<Complex4, 4> z;
     for (std::size_t r = 0; r < 2; ++r) {
         const Complex8 row = mergedRow(bins, plan.inverseTable, 16, r);
-        const auto natural = [](__m256 v) {
-            return _mm256_castpd_ps(_mm256_permute4x64_pd(_mm256_castps_pd(v), 0xd8));
-        };
-        const __m256 re = natural(row.re), im = natural(row.im);
+        const __m256 re = avx2::swapMiddle(row.re), im = avx2::swapMiddle(row.im);
         z[2 * r] = {_mm256_castps256_ps128(re), _mm256_castps256_ps128(im)};
         z[2 * r + 1] = {_mm256_extractf128_ps(re, 1), _mm256_extractf128_ps(im, 1)};
     }

@@ -1,26 +1,27 @@
 #include "bench/support/pool.hpp"
+#include "bench/support/versions.hpp"
 #include "common/scaling/mul_nr.hpp"
 
-#include <benchmark/benchmark.h>
+#include <vector>
 
 namespace {
 
-using Kernel = void (*)(zsp::In16, zsp::In16, zsp::Out16, int) noexcept;
+using namespace zsp::bench;
+using namespace zsp::common;
+using MulNr = void (*)(zsp::In16, zsp::In16, zsp::Out16, int);
 
-void run(benchmark::State& state, Kernel kernel)
+void mulNr(benchmark::State& state, MulNr kernel)
 {
-    zsp::bench::WordPool a(1), b(2);
     const auto len = static_cast<std::size_t>(state.range(0));
+    WordPool a(1), b(2);
     std::vector<std::int16_t> out(len);
-    for (auto _ : state) {
+    loop(state, len, [&] {
         kernel(a.next(len), b.next(len), out, 15);
         benchmark::DoNotOptimize(out.data());
-        benchmark::ClobberMemory();
-    }
-    state.SetItemsProcessed(state.iterations() * state.range(0));
+    });
 }
 
-BENCHMARK_CAPTURE(run, mulNr / definition, zsp::common::mulNrScalar)->Arg(40)->Arg(160)->Arg(320);
-BENCHMARK_CAPTURE(run, mulNr / avx2, zsp::common::mulNrAvx2)->Arg(40)->Arg(160)->Arg(320);
+const bool registered = add<MulNr>(
+    "mulNr", mulNr, {{"definition", mulNrScalar}, {"avx2", mulNrAvx2}}, {{40}, {160}, {320}});
 
 } // namespace

@@ -1,7 +1,6 @@
-#include "common/scaling/scaling.hpp"
+#include "common/scaling/auto_scale.hpp"
 
 #include "tests/support/contract.hpp"
-#include "tests/support/samples.hpp"
 #include "tests/support/vectors.hpp"
 
 #include <gtest/gtest.h>
@@ -12,7 +11,6 @@ using namespace zsp::test;
 using namespace zsp::common;
 using Words = std::vector<std::int16_t>;
 using Longs = std::vector<std::int32_t>;
-using Floats = std::vector<float>;
 
 const bool registered = addContracts({
     Contract(ZSP_NAMED(zspsAutoScale_16s),
@@ -24,13 +22,6 @@ const bool registered = addContracts({
         .row({{1, number(0)}}, zspStsSizeErr)
         .row({{1, number(-1)}}, zspStsSizeErr)
         .row({{2, out(Longs{-2147483647 - 1})}}, zspStsScaleRangeErr),
-    Contract(ZSP_NAMED(zspsInvSqrt_32s_I), {out<std::int32_t>(20), number(20)})
-        .row({{1, number(0)}}, zspStsSizeErr)
-        .row({{1, number(-1)}}, zspStsSizeErr),
-    Contract(ZSP_NAMED(zspsPreemphasize_32f_I),
-             {number(0.68), out<float>(40), number(40), out<float>(1)})
-        .row({{2, number(0)}}, zspStsSizeErr)
-        .row({{2, number(-1)}}, zspStsSizeErr),
 });
 
 struct AutoScaleCase {
@@ -41,7 +32,7 @@ struct AutoScaleCase {
     const char* why;
 };
 
-TEST(Scaling, AutoScaleKnownBlocks)
+TEST(AutoScale, KnownBlocks)
 {
     const AutoScaleCase cases[] = {
         {{0, 0}, 3, {0, 0}, -3, "the norm of silence is 0"},
@@ -68,53 +59,6 @@ TEST(Scaling, AutoScaleKnownBlocks)
         ASSERT_EQ(zspsAutoScale_16s_I(src.data(), len, &scale), zspStsNoErr);
         expectEqual(src, want, std::string("in place: ") + c.why);
         EXPECT_EQ(scale, c.shift) << c.why;
-    }
-}
-
-TEST(Scaling, InvSqrtVectors)
-{
-    auto x = readVector<std::int32_t>("common/invsqrt.in.s32");
-    const auto want = readVector<std::int32_t>("common/invsqrt.out.s32");
-    ASSERT_EQ(x.size(), 1687u);
-    auto scalar = x;
-    invSqrtScalar(scalar);
-    expectEqual(scalar, want, "definition");
-    ASSERT_EQ(zspsInvSqrt_32s_I(x.data(), 1687), zspStsNoErr);
-    expectEqual(x, want, "export");
-}
-
-TEST(Scaling, InvSqrtAvx2EqualsDefinition)
-{
-    Samples samples(41);
-    for (const std::size_t len : {1u, 7u, 8u, 9u, 40u, 100'003u}) {
-        auto want = samples.longs(len);
-        auto got = want;
-        invSqrtScalar(want);
-        invSqrtAvx2(got);
-        expectEqual(got, want, "length " + std::to_string(len));
-    }
-}
-
-TEST(Scaling, PreemphasizeKnownBlock)
-{
-    Floats x = {8, 4, -2, 1, 0};
-    float memory = 2;
-    ASSERT_EQ(zspsPreemphasize_32f_I(0.5F, x.data(), 4, &memory), zspStsNoErr);
-    expectEqual(x, Floats{7, 0, -4, 2, 0}, "of 8 4 -2 1 after 2");
-    EXPECT_EQ(memory, 1);
-    ASSERT_EQ(zspsPreemphasize_32f_I(0.5F, &x[4], 1, &memory), zspStsNoErr);
-    EXPECT_TRUE(x[4] == -0.5F && memory == 0);
-}
-
-TEST(Scaling, PreemphasizeAvx2EqualsDefinition)
-{
-    Samples samples(42);
-    for (std::size_t len = 1; len <= 60; ++len) {
-        Floats want = samples.floats(len, 32768);
-        Floats got = want;
-        preemphasizeScalar(0.68F, want, 100.25F);
-        preemphasizeAvx2(0.68F, got, 100.25F);
-        expectEqual(got, want, "length " + std::to_string(len));
     }
 }
 

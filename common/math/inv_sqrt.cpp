@@ -1,15 +1,14 @@
-// Element-wise operations: block scaling, inverse square root, pre-emphasis.
+// Inverse square root of longs, as ITU-T G.729 has it in Inv_sqrt: a table of 48 steps between 1
+// and 4 and linear interpolation.
 
-#include "common/scaling/scaling.hpp"
+#include "common/math/inv_sqrt.hpp"
 
 #include "core/avx2.hpp"
 #include "core/entries.hpp"
 #include "core/fixed_point.hpp"
 
-#include <algorithm>
 #include <array>
-#include <cassert>
-#include <cstdlib>
+#include <cstddef>
 
 namespace zsp::common {
 
@@ -77,13 +76,7 @@ __m256i lookUp(__m256i index) noexcept
 __m256i invSqrt(__m256i x) noexcept
 {
     const __m256i one = _mm256_set1_epi32(1);
-    // With the bit below the leading one cleared, the conversion to float cannot round up to the
-    // next power of two: its exponent is the position p of the leading one.
-    const __m256i leading = _mm256_andnot_si256(_mm256_srli_epi32(x, 1), x);
-    const __m256i p =
-        _mm256_sub_epi32(_mm256_srli_epi32(_mm256_castps_si256(_mm256_cvtepi32_ps(leading)), 23),
-                         _mm256_set1_epi32(127));
-    // Hence e = 30 - p and k = p + 2.
+    const __m256i p = avx2::leadingBit(x); // hence e = 30 - p and k = p + 2
     const __m256i e = _mm256_sub_epi32(_mm256_set1_epi32(30), p);
     const __m256i kEven = _mm256_andnot_si256(p, one);
     const __m256i normalised = _mm256_srlv_epi32(_mm256_sllv_epi32(x, e), kEven);
@@ -104,27 +97,6 @@ __m256i invSqrt(__m256i x) noexcept
 
 } // namespace
 
-int blockNorm(In16 src) noexcept
-{
-    int largest = 0;
-    for (const fx::Word x : src)
-        largest = std::max(largest, std::abs(int{x}));
-    return fx::norm_s(fx::sat16(largest));
-}
-
-void shiftBlock(In16 src, Out16 dst, int shift) noexcept
-{
-    if (shift >= 0) {
-        assert(shift <= blockNorm(src));
-        for (std::size_t i = 0; i < dst.size(); ++i)
-            dst[i] = static_cast<fx::Word>(src[i] * (1 << shift));
-    } else {
-        const int right = std::min(-shift, 15);
-        for (std::size_t i = 0; i < dst.size(); ++i)
-            dst[i] = static_cast<fx::Word>(src[i] >> right);
-    }
-}
-
 void invSqrtScalar(Out32 x) noexcept
 {
     for (auto& value : x)
@@ -139,49 +111,9 @@ void invSqrtAvx2(Out32 x) noexcept
     invSqrtScalar(x.subspan(i));
 }
 
-void preemphasizeScalar(float factor, OutF x, float before) noexcept
-{
-    for (auto& value : x) {
-        const float input = value;
-        value = input - factor * before;
-        before = input;
-    }
-}
-
-// From the end to the front, so that every input is read before it is overwritten.
-void preemphasizeAvx2(float factor, OutF x, float before) noexcept
-{
-    const __m256 factors = _mm256_set1_ps(factor);
-    std::size_t end = x.size();
-    for (; end >= 9; end -= 8) {
-        float* const p = &x[end - 8];
-        avx2::store(p, _mm256_sub_ps(avx2::load(p), _mm256_mul_ps(factors, avx2::load(p - 1))));
-    }
-    preemphasizeScalar(factor, x.first(end), before);
-}
-
 } // namespace zsp::common
 
 namespace zsp::entry {
-
-ZspStatus zspsAutoScale_16s(const std::int16_t* src, std::int16_t* dst, std::int32_t len,
-                            std::int32_t* scale)
-{
-    if (!src || !dst || !scale) return zspStsNullPtrErr;
-    if (len < 1) return zspStsSizeErr;
-    if (*scale < 0) return zspStsScaleRangeErr;
-
-    const auto n = static_cast<std::size_t>(len);
-    const std::int32_t shift = common::blockNorm({src, n}) - *scale;
-    common::shiftBlock({src, n}, {dst, n}, shift);
-    *scale = shift;
-    return zspStsNoErr;
-}
-
-ZspStatus zspsAutoScale_16s_I(std::int16_t* srcDst, std::int32_t len, std::int32_t* scale)
-{
-    return zspsAutoScale_16s(srcDst, srcDst, len, scale);
-}
 
 ZspStatus zspsInvSqrt_32s_I(std::int32_t* srcDst, std::int32_t len)
 {
@@ -189,18 +121,6 @@ ZspStatus zspsInvSqrt_32s_I(std::int32_t* srcDst, std::int32_t len)
     if (len < 1) return zspStsSizeErr;
 
     common::invSqrtAvx2({srcDst, static_cast<std::size_t>(len)});
-    return zspStsNoErr;
-}
-
-ZspStatus zspsPreemphasize_32f_I(float factor, float* srcDst, std::int32_t len, float* memory)
-{
-    if (!srcDst || !memory) return zspStsNullPtrErr;
-    if (len < 1) return zspStsSizeErr;
-
-    const OutF x(srcDst, static_cast<std::size_t>(len));
-    const float before = *memory;
-    *memory = x.back();
-    common::preemphasizeAvx2(factor, x, before);
     return zspStsNoErr;
 }
 
