@@ -33,6 +33,17 @@ inline __m128i load8(const std::int16_t* p) noexcept
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
 }
 
+/// Sixteen bytes.
+inline __m128i load16(const std::uint8_t* p) noexcept
+{
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+}
+
+inline void store(std::uint8_t* p, __m256i v) noexcept
+{
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v);
+}
+
 inline void store(std::int16_t* p, __m256i v) noexcept
 {
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v);
