@@ -2,6 +2,7 @@
 
 #include "core/state.hpp"
 #include "tests/support/contract.hpp"
+#include "tests/support/rows.hpp"
 #include "tests/support/samples.hpp"
 #include "tests/support/vectors.hpp"
 
@@ -21,28 +22,7 @@ constexpr double kMaxInt = std::numeric_limits<std::int32_t>::max();
 constexpr double kMinInt = std::numeric_limits<std::int32_t>::min();
 constexpr std::int32_t kBands = 33, kTaps = 5;
 
-/// Complex vectors by pointer, as histories and taps are given.
-struct Vectors {
-    Vectors(std::size_t count, std::size_t length)
-        : values(count, std::vector<Zsp32fc>(length)), in(count), out(count)
-    {
-        for (std::size_t i = 0; i < count; ++i)
-            in[i] = out[i] = values[i].data();
-    }
-
-    void fill(Samples& samples, float limit)
-    {
-        for (auto& vector : values)
-            for (auto& v : vector) {
-                const auto parts = samples.floats(2, limit);
-                v = {parts[0], parts[1]};
-            }
-    }
-
-    std::vector<std::vector<Zsp32fc>> values;
-    std::vector<const Zsp32fc*> in;
-    std::vector<Zsp32fc*> out;
-};
+using Vectors = Rows<Zsp32fc>;
 
 Argument readyController()
 {
