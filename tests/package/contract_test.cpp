@@ -25,6 +25,12 @@ TEST(Contract, EveryRowOfEveryExport)
         contract.run();
 }
 
+TEST(Contract, TheOneWithoutArguments)
+{
+    EXPECT_NE(zsp::test::checked(zspscGetLibVersion)(), nullptr);
+    EXPECT_EQ(zsp::test::leftBehind(), "");
+}
+
 TEST(Contract, EveryExportHasOne)
 {
     std::set<std::string> wanted(kExports.begin(), kExports.end());

@@ -75,6 +75,7 @@ void Contract::check(const std::vector<Argument>& arguments, ZspStatus want, std
     }
 
     EXPECT_EQ(call_(bound), want);
+    EXPECT_EQ(leftBehind(), "");
 
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         if (!arguments[i].isPointer()) continue;

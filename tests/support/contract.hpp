@@ -9,9 +9,11 @@
 //   - each required pointer null, alone and with each row: zspStsNullPtrErr wins;
 //   - all required pointers null and all numbers -1.
 //
-// After a failed call every buffer holds what it held before; after any call inputs and guards do.
+// After a failed call every buffer holds what it held before; after any call inputs and guards do,
+// and the processor is as a callee has to leave it.
 #pragma once
 
+#include "tests/support/checked_call.hpp"
 #include "zspsc.h"
 
 #include <cstddef>
@@ -162,7 +164,7 @@ class Contract {
     static ZspStatus invoke(ZspStatus (*function)(P...), const std::vector<Bound>& bound,
                             std::index_sequence<I...>)
     {
-        return function(bind<P>(bound[I])...);
+        return checked(function)(bind<P>(bound[I])...);
     }
 
     void check(const std::vector<Argument>& arguments, ZspStatus want, std::size_t offset,
