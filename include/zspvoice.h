@@ -37,10 +37,11 @@
  *  - Checks run in the order null pointers, sizes, values. Every output has a capacity, which is
  *    checked before anything is written.
  *  - Records that settings travel in begin with structSize, which the caller sets to the size of
- *    the record as it was compiled. Zero in any other field means the default, so
- *    `ZspvParams params = {sizeof params};` is a complete record. Later versions append fields.
+ *    the record as it was compiled. Zero in any other field means the default, so that
+ *    `ZspvParams params = {.structSize = sizeof params};` is complete. Later versions append
+ *    fields.
  *  - Samples are 16-bit linear PCM, mono, in the machine's byte order, counted at the codec's
- * sample rate. Float samples, where they are taken, are -1..1 for full scale.
+ *    sample rate. Float samples, where they are taken, are -1..1 for full scale.
  *  - An object may be copied bytewise to another address with the same remainder modulo 16, as all
  *    blocks of malloc() have, unless its section says otherwise; the copy goes on by itself.
  */
@@ -499,12 +500,12 @@ typedef struct ZspvFrame {
  * @param[in]  codec    a record of this library
  * @param[in]  params   may be null for the defaults
  * @param[in]  payload  length octets
- * @param      length   at least 0; an empty payload holds no frames
+ * @param      length   0..65535; an empty payload holds no frames
  * @param[out] info     structSize is set by the caller
  * @retval zspStsNullPtrErr     codec, payload or info is null
- * @retval zspStsSizeErr        a structSize is not plausible, or length is negative or not that of
+ * @retval zspStsSizeErr        a structSize is not plausible, or length is outside or not that of
  *                              whole frames
- * @retval zspStsRangeErr       params ask for what is not built
+ * @retval zspStsRangeErr       codec is not of this library, or params ask for what is not built
  * @retval zspStsCodecRangeErr  a frame is of a reserved type: drop the packet, conceal its time
  */
 ZSPV_API ZspStatus zspvInspect(const ZspvCodec* codec, const ZspvParams* params,
@@ -547,10 +548,14 @@ typedef struct ZspvPacketInfo {
 /**
  * Put coded frames together to a payload.
  *
+ * Frames at the end for which nothing was sent (no data) add to the duration alone.
+ *
  * @param[in]  codec        a record of this library
  * @param[in]  params       may be null for the defaults
  * @param[in]  bytes        the coded frames
- * @param[in]  frames       frameCount frames, oldest first
+ * @param[in]  frames       frameCount frames, oldest first; kind, offset and length are read, and
+ *                          of frames without bytes of a codec without frames also samples, where 0
+ *                          means a nominal frame
  * @param      frameCount   at least 1
  * @param      before       kind of the frame before the first one: zspvFrameNoData at the start
  * @param      modeRequest  0..14 to ask the peer for a mode, else ZSPV_NO_REQUEST
@@ -560,10 +565,12 @@ typedef struct ZspvPacketInfo {
  *                          length is what it takes. A length of 0 with success: nothing to send
  * @retval zspStsNullPtrErr     codec, bytes, frames, payload or info is null
  * @retval zspStsSizeErr        a structSize is not plausible, frameCount < 1, a frame's length is
- *                              not that of a frame, or capacity is too small
- * @retval zspStsRangeErr       modeRequest is not allowed, or params ask for what is not built
+ *                              not that of a frame, the payload exceeds 65535 octets, or capacity
+ *                              is too small
+ * @retval zspStsRangeErr       modeRequest is not allowed, or as for zspvInspect()
  * @retval zspStsCodecRangeErr  the frames cannot stand in one payload: a kind the codec does not
- *                              have, or speech after a silence descriptor where that must be last
+ *                              have, a mode outside of the mode set, or speech after a silence
+ *                              descriptor where that must be last
  */
 ZSPV_API ZspStatus zspvPack(const ZspvCodec* codec, const ZspvParams* params, const uint8_t* bytes,
                             const ZspvFrame* frames, int32_t frameCount, ZspvFrameKind before,
