@@ -7,6 +7,7 @@
 #include "codecs/g726/g726_adpcm.hpp"
 
 #include "codecs/g726/g726_law.hpp"
+#include "codecs/g726/g726_scale.hpp"
 #include "codecs/g726/g726_tables.hpp"
 #include "core/entries.hpp"
 #include "core/state.hpp"
@@ -67,14 +68,6 @@ Estimate accum(const CoderState& s) noexcept
     return {sez, wrap16(sum) >> 1};
 }
 
-/// LIMA and MIX: the scale factor, between the slow and the fast one.
-int mix(const CoderState& s) noexcept
-{
-    const int al = std::min<int>(s.ap, 256) >> 2;
-    const int slow = s.yl >> 6;
-    return slow + (s.yu - slow) * al / 64; // towards zero
-}
-
 /// LOG, SUBTB and QUAN: the code word of a difference.
 int quan(const RateTables& rate, int d, int y) noexcept
 {
@@ -93,22 +86,6 @@ int reconst(const RateTables& rate, int code, int y) noexcept
 {
     const int dql = rate.level[static_cast<std::size_t>(code)] + (y >> 2);
     return dql < 0 ? 0 : ((128 + (dql & 127)) << 7) >> (14 - (dql >> 7));
-}
-
-/// TRANS: a large difference while a partial-band signal is being coded.
-bool trans(const CoderState& s, int magnitude) noexcept
-{
-    const int integer = s.yl >> 15;
-    const int fraction = (s.yl >> 10) & 31;
-    const int threshold = integer > 9 ? 31744 : (32 + fraction) << integer;
-    return s.td != 0 && magnitude > (threshold + (threshold >> 1)) >> 1;
-}
-
-/// FUNCTW, FILTD, LIMB and FILTE.
-void adaptScale(CoderState& s, int w, int y) noexcept
-{
-    s.yu = static_cast<std::int16_t>(std::clamp(y + ((32 * w - y) >> 5), 544, 5120));
-    s.yl += s.yu + (-s.yl >> 6);
 }
 
 /// UPA2 and LIMC, UPA1 and LIMD, from p and the signs of the last three.
@@ -138,15 +115,6 @@ void adaptZeros(CoderState& s, int leakShift, int dqMagnitude, int dqSign) noexc
     }
 }
 
-/// FUNCTF, FILTA, FILTB, SUBTC, FILTC and TRIGA.
-void adaptSpeed(CoderState& s, int f, int y) noexcept
-{
-    s.dms = static_cast<std::int16_t>(s.dms + (((f << 9) - s.dms) >> 5));
-    s.dml = static_cast<std::int16_t>(s.dml + (((f << 11) - s.dml) >> 7));
-    const bool fast = y < 1536 || s.td != 0 || std::abs(4 * s.dms - s.dml) >= s.dml >> 3;
-    s.ap = static_cast<std::int16_t>(s.ap + (((fast ? 512 : 0) - s.ap) >> 4));
-}
-
 /// DELAY of one of the two lines: `count` values from `first`, the newest one.
 void shiftLine(CoderState& s, std::size_t first, std::size_t count, int magnitude,
                int sign) noexcept
@@ -167,15 +135,15 @@ int update(CoderState& s, const RateTables& rate, int code, Estimate estimate, i
     const int dq = sign ? -magnitude : magnitude;
     const int sr = wrap16(estimate.se + dq);
     const int p = wrap16(estimate.sez + dq);
-    const bool transition = trans(s, magnitude);
+    const bool transition = s.td != 0 && trans(s, magnitude);
 
     s.sez = static_cast<std::int16_t>(estimate.sez);
     s.pk0 = p < 0;
-    adaptScale(s, rate.w[static_cast<std::size_t>(code)], y);
+    adaptScale(s, 32 * rate.w[static_cast<std::size_t>(code)], y);
     adaptPoles(s, p);
     adaptZeros(s, rate.leakShift, magnitude, sign);
     s.td = s.coefficient[kZeros + 1] < -11776; // TONE
-    adaptSpeed(s, rate.f[static_cast<std::size_t>(code)], y);
+    adaptSpeed(s, rate.f[static_cast<std::size_t>(code)] << 9, y);
     if (transition) { // TRIGB
         s.coefficient.fill(0);
         s.td = 0;

@@ -53,37 +53,6 @@ int normMShift(fx::Long largest) noexcept
     return 18 - std::min(16, fx::norm_l(largest));
 }
 
-// The sums at sixteen lags at once. Beyond the end of src1, its last words continue with zeros in a
-// copy, which serves all groups of lags.
-class LagGroups {
-  public:
-    LagGroups(In16 src1, In16 src2) noexcept : src1_(src1), src2_(src2)
-    {
-        if (src1.size() >= kTail)
-            std::ranges::copy(src1.last<kTail>(), tail_.begin());
-        else
-            std::ranges::copy(src1, &tail_[kTail - src1.size()]);
-    }
-
-    /// The lags from `first`, which is below the length, to first + 15.
-    template <typename Sums>
-    Sums from(std::size_t first) const noexcept
-    {
-        const std::size_t overlap = src1_.size() - first;
-        const std::size_t rest = std::min(overlap, kTail);
-        Sums sums;
-        addLags(src2_.data(), src1_.data() + first, overlap - rest, sums);
-        addLags(src2_.data() + (overlap - rest), &tail_[kTail - rest], rest, sums);
-        return sums;
-    }
-
-  private:
-    static constexpr std::size_t kTail = kLags - 1;
-
-    In16 src1_, src2_;
-    alignas(32) std::array<std::int16_t, kTail + kLags> tail_ = {};
-};
-
 // The energy, which it returns, and lags 1 to kFew, 8 or 10, of at least 32 samples in one pass:
 // every lag has an accumulator of its own, which for so few of them is less work than sixteen lags
 // at once. Lags are modulo 2^32; the energy exceeds 2^30 - 1 if the true one does.

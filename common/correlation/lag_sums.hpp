@@ -8,7 +8,9 @@
 #pragma once
 
 #include "core/avx2.hpp"
+#include "core/spans.hpp"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstddef>
@@ -126,5 +128,36 @@ inline void addLags(const std::int16_t* a, const std::int16_t* b, std::size_t co
                  _mm256_madd_epi16(_mm256_slli_epi32(one, 16), words));
     }
 }
+
+/// Groups of sixteen lags of two sequences of one length. Beyond the end of src1, its last words
+/// continue with zeros in a copy, which serves all groups.
+class LagGroups {
+  public:
+    LagGroups(In16 src1, In16 src2) noexcept : src1_(src1), src2_(src2)
+    {
+        if (src1.size() >= kTail)
+            std::ranges::copy(src1.last<kTail>(), tail_.begin());
+        else
+            std::ranges::copy(src1, &tail_[kTail - src1.size()]);
+    }
+
+    /// The lags from `first`, which is below the length, to first + 15.
+    template <typename Sums>
+    Sums from(std::size_t first) const noexcept
+    {
+        const std::size_t overlap = src1_.size() - first;
+        const std::size_t rest = std::min(overlap, kTail);
+        Sums sums;
+        addLags(src2_.data(), src1_.data() + first, overlap - rest, sums);
+        addLags(src2_.data() + (overlap - rest), &tail_[kTail - rest], rest, sums);
+        return sums;
+    }
+
+  private:
+    static constexpr std::size_t kTail = kLags - 1;
+
+    In16 src1_, src2_;
+    alignas(32) std::array<std::int16_t, kTail + kLags> tail_ = {};
+};
 
 } // namespace zsp::common

@@ -1,4 +1,6 @@
-#include "codecs/g726/g726_lanes.hpp"
+// The constants of the fast coder, in a file of their own so that they stay in memory.
+
+#include "codecs/g726/g726_adpcm_avx2_lanes.hpp"
 
 namespace zsp::g726 {
 

@@ -2,7 +2,7 @@
 // FMULT of ITU-T G.726.
 #pragma once
 
-#include "codecs/g726/g726_steps.hpp"
+#include "codecs/g726/g726_adpcm_avx2_steps.hpp"
 #include "core/avx2.hpp"
 
 #include <array>
@@ -60,7 +60,8 @@ inline __m256i largestLane(__m256i v) noexcept
 
 // FLOATA, FLOATB and FMULT work on the bits of single-precision numbers: their exponents count as
 // the Recommendation's do, and the upper five of their fraction bits are its mantissa without the
-// top bit. 0 is there half of the smallest number. Operands may be scaled by a power of two: dq is
+// top bit. Zero is represented as half the
+// smallest magnitude. Operands may be scaled by a power of two: dq is
 // not, sr stands in the upper half, coefficients do and lose their lowest two bits.
 
 inline constexpr int kDqScale = 0;
