@@ -1,5 +1,8 @@
+// The arithmetic over samples, bins and channels of the GSM-AMR voice activity detector, option 2:
+// the definition and its equal in AVX2, for a detector that is written once.
 #pragma once
 
+#include "codecs/gsmamr/gsmamr_preemphasis.hpp"
 #include "codecs/gsmamr/gsmamr_vad2_fft.hpp"
 #include "codecs/gsmamr/gsmamr_vad2_tables.hpp"
 #include "common/math/log2_pow2.hpp"
@@ -28,6 +31,19 @@ struct Mix {
     fx::Word fresh_Q15;
     fx::Word old_Q15;
 };
+
+inline constexpr int kHeadroom = 2;
+inline constexpr std::size_t kPeakFrom = 2;     // the channels below are left out of the search
+inline constexpr fx::Word kSnrStep_Q15 = 21845; // 2/3: steps of 3/8 dB from Q8, shifted by 6
+inline constexpr fx::Word kOctavesPerDb_Q15 = 10885; // log2(10) / 10
+inline constexpr Mix kNoiseMix = {3277, 29491};
+inline constexpr int kLastMetric = static_cast<int>(kVoiceMetric.size()) - 1;
+
+/// The shift that leaves kHeadroom bits above a peak.
+constexpr int shiftFor(fx::Word peak) noexcept
+{
+    return peak == 0 ? 16 - kHeadroom : fx::norm_s(peak) - kHeadroom;
+}
 
 struct TotalAndPeak {
     fx::Long total;
