@@ -1,12 +1,9 @@
-// Automatic level control of speech in the sense of ITU-T G.169, in blocks of eight samples.
-//
-// The control follows the noise floor and the level of the speech above it, heads for the gain that
-// brings the speech to its target level, and limits the gain where a sample would pass the peak
-// limit. The gain rises slowly and falls at once. All arithmetic is single precision, rounded after
-// each operation.
+// Automatic level control of speech in the sense of ITU-T G.169, in blocks of eight samples: the
+// levels of a block, the rule of alc_g169_rule.cpp, and the gain applied.
 
 #include "alc/alc_g169.hpp"
 
+#include "alc/alc_g169_rule.hpp"
 #include "core/avx2.hpp"
 #include "core/entries.hpp"
 #include "core/state.hpp"
@@ -15,196 +12,11 @@
 #include <array>
 #include <cmath>
 #include <cstdlib>
+#include <type_traits>
 
 namespace zsp::alc {
 
-namespace {
-
 static_assert(sizeof(State) == 124 && std::is_trivially_copyable_v<State>);
-
-constexpr std::int16_t kMaxCount = 16383;
-
-constexpr int kRejectBelow = 50;    // active blocks of a spurt that counts as speech
-constexpr int kConfirmedFrom = 500; // active blocks after which the first spurt is trusted
-
-void countUp(std::int16_t& counter) noexcept
-{
-    counter = static_cast<std::int16_t>(std::min(counter + 1, int{kMaxCount}));
-}
-
-bool isFirstSpurt(const State& s) noexcept
-{
-    return s.speechState == 1;
-}
-
-// The noise floor follows a level below it fast, one near it slowly, and speech not at all. Speech
-// of a known level lifts it.
-void trackNoise(State& s) noexcept
-{
-    const float n = s.noiseLevel;
-    float keep = 1.0F, take = 0.0F;
-    if (s.smoothLevel < n) {
-        keep = 0.9F;
-        take = 0.1F;
-    } else if (s.smoothLevel < 2.0F * n) {
-        keep = 0.99F;
-        take = 0.01F;
-    }
-    const bool unsure =
-        isFirstSpurt(s) && (s.activeCount < 501 || static_cast<double>(s.alpha) >= 0.0025);
-    const float speechFloor = s.speechState < 1 || unsure ? 0.0F : 1456.7665F * s.rmsLevel;
-    float c = keep * n + take * s.smoothLevel;
-    c = std::max(c, s.noiseFloorMin);
-    c = std::max(c, speechFloor);
-    c = std::min(c, s.noiseFloorMax);
-    s.noiseLevel = c;
-    s.activityThreshold = 4.0F * c;
-}
-
-void trackSlowLevel(State& s) noexcept
-{
-    const bool rising = s.slowLevel <= s.smoothLevel;
-    const float mixed = rising ? 0.99F * s.slowLevel + 0.01F * s.smoothLevel
-                               : 0.7F * s.slowLevel + 0.3F * s.smoothLevel;
-    s.slowLevel = std::max(s.noiseLevel, mixed);
-}
-
-void pause(State& s) noexcept
-{
-    if (s.spurtOpen) {
-        countUp(s.hangCount);
-        if (static_cast<float>(s.hangCount) == s.hangoverBlocks) {
-            s.spurtOpen = 0;
-            if (s.activeCount < kRejectBelow) { // too short for speech: as if it had not been
-                s.speechState = static_cast<std::int16_t>(s.speechState - 1);
-                s.power = s.savedPower;
-                s.targetGain = s.savedTargetGain;
-                s.alpha = s.savedAlpha;
-            }
-        }
-    }
-    if (!s.spurtOpen) s.activeCount = 0;
-}
-
-void activity(State& s) noexcept
-{
-    s.hangCount = 0;
-    if (s.spurtOpen) return;
-    countUp(s.speechState);
-    s.savedPower = s.power;
-    s.savedTargetGain = s.targetGain;
-    s.savedAlpha = s.alpha;
-    s.spurtOpen = 1;
-    s.rmsFactor = 0.7F;
-}
-
-// The gain does not rise on the first spurt before it looks like speech.
-float riseRate(const State& s) noexcept
-{
-    if (!isFirstSpurt(s)) return s.gainRate;
-    const bool quiet = s.smoothLevel < 3.0F * s.noiseLevel;
-    const bool wait = s.activeCount < 10 || (s.activeCount < kConfirmedFrom && quiet);
-    return wait ? 0.0F : s.gainRate;
-}
-
-void trackSpeechLevel(State& s) noexcept
-{
-    const float p = s.peakLevel;
-    if (!s.spurtOpen)
-        s.speechLevel = s.speechState != 0 ? s.rmsLevel : p;
-    else if (p > s.speechLevel)
-        s.speechLevel = p;
-    else if (s.activityThreshold < p)
-        s.speechLevel = 0.999F * s.speechLevel + 0.001F * p;
-}
-
-void averagePower(State& s) noexcept
-{
-    const bool young = s.activeCount < kConfirmedFrom;
-    const bool loud = s.smoothLevel >= s.activityThreshold;
-    float alpha = s.alpha;
-    if (!s.spurtOpen) {
-        alpha = s.speechState == 0 ? 0.1F : std::max(s.alphaActiveMin, alpha);
-    } else {
-        if (isFirstSpurt(s) && young && !(0.1F * s.blockEnergy <= s.power))
-            alpha = std::max(0.05F, alpha);
-        if (!loud && young) s.rmsFactor = 0.7F;
-        if (loud && (s.activityThreshold <= s.blockMeanAbs || s.activeCount > 19)) {
-            const float beta = alpha - alpha * alpha;
-            s.power = (1.0F - beta) * s.power + beta * s.blockEnergy;
-        }
-    }
-    s.rmsLevel = std::sqrt(s.power) * s.rmsFactor;
-    s.alpha = std::max(s.alphaMin, alpha);
-    if (young) s.rmsFactor = std::min(0.89F, 1.000461F * s.rmsFactor);
-}
-
-// The cap is the gain that brings the rms level to the target, at most the largest gain. Without a
-// usable rms level the gain heads for the target by the speech level.
-void aimGain(State& s) noexcept
-{
-    float cap = s.maxGain;
-    float step = s.maxGain;
-    if (s.targetLevel <= s.rmsLevel * s.maxGain)
-        cap = step = s.targetLevel / s.rmsLevel;
-    else if (s.targetLevel <= s.maxGain * s.speechLevel)
-        step = s.targetLevel / s.speechLevel;
-    s.targetGain = std::min(cap, s.targetGain + s.rate * step);
-}
-
-void applyGain(State& s) noexcept
-{
-    const float k = s.gainSmoothing;
-    const float gain = std::min(s.targetGain, s.gain + k * (s.targetGain - s.gain));
-    if (gain * s.blockPeak <= s.peakLimit) {
-        s.gainSmoothing = std::min(1.0F, 1.1F * k);
-        s.gain = gain;
-    } else {
-        s.gainSmoothing = 0.001F;
-        s.gain = s.peakLimit / s.blockPeak;
-    }
-}
-
-} // namespace
-
-State initialState() noexcept
-{
-    return {
-        .targetLevel = 1623.491F,
-        .peakLimit = 32767.0F,
-        .noiseFloorMin = 4.125246F,
-        .noiseFloorMax = 65.38F,
-        .maxGain = 3.8018899F,
-        .alphaActiveMin = 0.02F,
-        .alphaMin = 0.0033333F,
-        .hangoverBlocks = 200.0F,
-        .gainRate = 0.01F,
-        .hangCount = 200,
-        .speechState = 0,
-        .activeCount = 0,
-        .spurtOpen = 0,
-        .blockMeanAbs = 0.0F,
-        .smoothLevel = 0.0F,
-        .peakLevel = 0.0F,
-        .speechLevel = 0.0F,
-        .noiseLevel = 65.38F,
-        .activityThreshold = 65.38F,
-        .slowLevel = 32767.0F,
-        .blockEnergy = 0.0F,
-        .power = 0.0F,
-        .alpha = 0.1F,
-        .rmsLevel = 0.0F,
-        .rmsFactor = 0.7F,
-        .targetGain = 0.03125F,
-        .rate = 0.0F,
-        .gain = 0.0F,
-        .gainSmoothing = 1.0F,
-        .blockPeak = 0.0F,
-        .savedPower = 0.0F,
-        .savedTargetGain = 0.03125F,
-        .savedAlpha = 0.1F,
-    };
-}
 
 BlockLevels measureScalar(InBlock x) noexcept
 {
@@ -258,27 +70,6 @@ void amplifyAvx2(InBlock x, float gain, OutBlock y) noexcept
     const __m256i truncated = _mm256_cvttps_epi32(limited);
     avx2::store8(y.data(), _mm_packs_epi32(_mm256_castsi256_si128(truncated),
                                            _mm256_extracti128_si256(truncated, 1)));
-}
-
-void update(State& s, const BlockLevels& block) noexcept
-{
-    s.blockMeanAbs = block.meanAbs;
-    s.smoothLevel = 0.2F * s.smoothLevel + 0.8F * block.meanAbs;
-    s.peakLevel = std::max(s.smoothLevel, 0.99F * s.peakLevel);
-    trackNoise(s);
-    trackSlowLevel(s);
-    if (s.activityThreshold < block.meanAbs) countUp(s.activeCount);
-    if (s.peakLevel > s.activityThreshold)
-        activity(s);
-    else
-        pause(s);
-    s.rate = riseRate(s);
-    trackSpeechLevel(s);
-    s.blockEnergy = block.energy;
-    averagePower(s);
-    if (s.spurtOpen) aimGain(s);
-    s.blockPeak = block.peak;
-    applyGain(s);
 }
 
 void levelControl(In16 src, Out16 dst, State& s) noexcept

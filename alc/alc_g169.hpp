@@ -1,3 +1,4 @@
+// G.169 level control: what it measures in a block, what it does to one, and whole signals.
 #pragma once
 
 #include "core/spans.hpp"
@@ -10,9 +11,6 @@ using State = ZspAlcState_G169;
 inline constexpr std::size_t kBlock = 8;
 using InBlock = std::span<const std::int16_t, kBlock>;
 using OutBlock = std::span<std::int16_t, kBlock>;
-
-/// The record that Init writes.
-State initialState() noexcept;
 
 /// What a block contributes to the state.
 struct BlockLevels {
@@ -32,9 +30,6 @@ void amplifyScalar(InBlock x, float gain, OutBlock y) noexcept;
 
 /// Equal to amplifyScalar in every result.
 void amplifyAvx2(InBlock x, float gain, OutBlock y) noexcept;
-
-/// The rule for one block: every field of the state but the settings, from levels to gain.
-void update(State& s, const BlockLevels& block) noexcept;
 
 /// Whole blocks. May be in place.
 void levelControl(In16 src, Out16 dst, State& s) noexcept;

@@ -1,4 +1,5 @@
 #include "alc/alc_g169.hpp"
+#include "alc/alc_g169_rule.hpp"
 #include "bench/support/pool.hpp"
 
 #include <benchmark/benchmark.h>

@@ -1,4 +1,5 @@
 #include "alc/alc_g169.hpp"
+#include "alc/alc_g169_rule.hpp"
 
 #include "tests/support/contract.hpp"
 #include "tests/support/samples.hpp"
