@@ -1,12 +1,14 @@
 #include "alc/alc_g169.hpp"
 #include "alc/alc_g169_rule.hpp"
 #include "bench/support/pool.hpp"
+#include "bench/support/versions.hpp"
 
-#include <benchmark/benchmark.h>
+#include <vector>
 
 namespace {
 
 using namespace zsp::alc;
+using namespace zsp::bench;
 
 void levelControlScalar(zsp::In16 src, zsp::Out16 dst, State& s) noexcept
 {
@@ -17,23 +19,23 @@ void levelControlScalar(zsp::In16 src, zsp::Out16 dst, State& s) noexcept
     }
 }
 
+using Control = void (*)(zsp::In16, zsp::Out16, State&);
+
 // A frame of 20 ms. The pool's level moves between frames, so that spurts open and close.
-void levelControl(benchmark::State& state, void (*control)(zsp::In16, zsp::Out16, State&) noexcept)
+void frames(benchmark::State& state, Control kernel)
 {
     const auto len = static_cast<std::size_t>(state.range(0));
-    zsp::bench::WordPool loud(1, 3000), quiet(2, 20);
+    WordPool loud(1, kLoudSpeech), quiet(2, 20);
     std::vector<std::int16_t> dst(len);
     State s = initialState();
     std::size_t frame = 0;
-    for (auto _ : state) {
-        control((++frame & 64 ? quiet : loud).next(len), dst, s);
+    loop(state, len, [&] {
+        kernel((++frame & 64 ? quiet : loud).next(len), dst, s);
         benchmark::DoNotOptimize(dst.data());
-        benchmark::ClobberMemory();
-    }
-    state.SetItemsProcessed(state.iterations() * state.range(0));
+    });
 }
 
-BENCHMARK_CAPTURE(levelControl, definition, levelControlScalar)->Arg(160);
-BENCHMARK_CAPTURE(levelControl, avx2, zsp::alc::levelControl)->Arg(160);
+const bool registered = add<Control>(
+    "levelControl", frames, {{"definition", levelControlScalar}, {"avx2", levelControl}}, {{160}});
 
 } // namespace

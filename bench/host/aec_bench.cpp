@@ -1,6 +1,7 @@
 // The host's echo canceller beside SpeexDSP's, on noise through a decaying path; 10 ms a step.
 // load: share of one core in real time, as this processor runs it.
 
+#include "bench/support/peers.hpp"
 #include "signals/room.hpp"
 #include "tools/zsp/voice/echo_canceller.hpp"
 
@@ -8,11 +9,6 @@
 
 #include <array>
 #include <cmath>
-
-#ifdef ZSPSC_PEER_SPEEXDSP
-#include <speex/speex_echo.h>
-#include <speex/speex_preprocess.h>
-#endif
 
 namespace {
 

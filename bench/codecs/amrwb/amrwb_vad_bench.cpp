@@ -1,25 +1,25 @@
 #include "bench/support/pool.hpp"
+#include "bench/support/versions.hpp"
 #include "codecs/amrwb/amrwb_vad.hpp"
-
-#include <benchmark/benchmark.h>
 
 namespace {
 
-using Kernel = bool (*)(zsp::amrwb::VadFrame, VadWbState&, std::int16_t&) noexcept;
+using namespace zsp::bench;
+using Detector = bool (*)(zsp::amrwb::VadFrame, VadWbState&, std::int16_t&);
 
-void run(benchmark::State& bench, Kernel kernel)
+void frames(benchmark::State& bench, Detector kernel)
 {
-    zsp::bench::WordPool pool(1, 3000);
+    WordPool pool(1, kLoudSpeech);
     VadWbState state{};
     zsp::amrwb::vadInit(state);
     std::int16_t tone = 0;
-    for (auto _ : bench)
+    loop(bench, zsp::amrwb::kVadFrame, [&] {
         benchmark::DoNotOptimize(
             kernel(pool.next(zsp::amrwb::kVadFrame).first<256>(), state, tone));
-    bench.SetItemsProcessed(bench.iterations() * 256);
+    });
 }
 
-BENCHMARK_CAPTURE(run, amrwbVad / definition / 256, zsp::amrwb::vadScalar);
-BENCHMARK_CAPTURE(run, amrwbVad / avx2 / 256, zsp::amrwb::vadAvx2);
+const bool registered = add<Detector>(
+    "amrwbVad", frames, {{"definition", zsp::amrwb::vadScalar}, {"avx2", zsp::amrwb::vadAvx2}});
 
 } // namespace

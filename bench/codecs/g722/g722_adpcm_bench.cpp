@@ -1,25 +1,19 @@
 // Speech at 16 kHz through G.722 at 64 kbit/s, in blocks of 20 ms: the whole encoder and the whole
-// decoder, filters included, and the parts. Every coder is set up once and goes on from block to
+// decoder, filters included. Every coder is set up once and goes on from block to
 // block; the peers code the same speech to and from bytes of the packed stream.
 
+#include "bench/support/peers.hpp"
 #include "bench/support/speech.hpp"
+#include "bench/support/versions.hpp"
 #include "codecs/g722/g722_adpcm.hpp"
 #include "codecs/g722/g722_qmf.hpp"
-
-#include <benchmark/benchmark.h>
 
 #include <array>
 #include <vector>
 
-#ifdef ZSPSC_PEER_LIBAVCODEC
-#include "bench/support/avcodec.hpp"
-#endif
-#ifdef ZSPSC_PEER_SPANDSP
-#include <spandsp.h>
-#endif
-
 namespace {
 
+using namespace zsp::bench;
 using namespace zsp::g722;
 
 constexpr std::size_t kBlock = 320;
@@ -27,7 +21,7 @@ using Block = std::array<std::int16_t, kBlock>;
 
 std::vector<std::int16_t> samples()
 {
-    return zsp::bench::speech(zsp::bench::kVoice16);
+    return speech(kVoice16);
 }
 
 std::vector<std::int16_t> subbands()
@@ -48,60 +42,55 @@ std::vector<std::int16_t> codes()
     return out;
 }
 
-/// Measures `block`, a function of an input block and an output block.
+/// Measures `block`, a function of an input block.
 template <typename T, typename Function>
 void measure(benchmark::State& state, std::vector<T> signal, std::size_t length, Function block)
 {
-    zsp::bench::Blocks<T> blocks(std::move(signal), length);
-    for (auto _ : state) {
-        block(blocks.next());
-        benchmark::ClobberMemory();
-    }
-    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kBlock));
+    Blocks<T> blocks(std::move(signal), length);
+    loop(state, kBlock, [&] { block(blocks.next()); });
 }
 
-using Filter = void (*)(zsp::In16, zsp::Out16, DelayLine) noexcept;
-using Encode = void (*)(zsp::In16, zsp::Out16, State&) noexcept;
-using Decode = void (*)(zsp::In16, zsp::Out16, int, State&) noexcept;
+/// The two parts of an encoder and of a decoder.
+struct Encoder {
+    void (*filter)(zsp::In16, zsp::Out16, DelayLine);
+    void (*coder)(zsp::In16, zsp::Out16, State&);
+};
 
-void encode(benchmark::State& state, Filter filter, Encode coder)
+struct Decoder {
+    void (*coder)(zsp::In16, zsp::Out16, int, State&);
+    void (*filter)(zsp::In16, zsp::Out16, DelayLine);
+};
+
+void encode(benchmark::State& state, Encoder kernel)
 {
     State record;
     std::array<std::int16_t, 24> line{};
     Block pairs, out;
     measure(state, samples(), kBlock, [&](zsp::In16 block) {
-        filter(block, pairs, line);
-        coder(pairs, out, record);
+        kernel.filter(block, pairs, line);
+        kernel.coder(pairs, out, record);
     });
 }
 
-void decode(benchmark::State& state, Filter filter, Decode coder)
+void decode(benchmark::State& state, Decoder kernel)
 {
     State record;
     std::array<std::int16_t, 24> line{};
     Block pairs, out;
     measure(state, codes(), kBlock, [&](zsp::In16 block) {
-        coder(block, pairs, 1, record);
-        filter(pairs, out, line);
+        kernel.coder(block, pairs, 1, record);
+        kernel.filter(pairs, out, line);
     });
 }
 
-void filterOnly(benchmark::State& state, Filter filter)
-{
-    std::array<std::int16_t, 24> line{};
-    Block out;
-    measure(state, samples(), kBlock, [&](zsp::In16 block) { filter(block, out, line); });
-}
-
-BENCHMARK_CAPTURE(encode, definition, analyseScalar, encodeScalar)->Name("g722Encode/definition");
-BENCHMARK_CAPTURE(encode, avx2, analyseAvx2, encodeAvx2)->Name("g722Encode/avx2");
-BENCHMARK_CAPTURE(decode, definition, synthesiseScalar, decodeScalar)
-    ->Name("g722Decode/definition");
-BENCHMARK_CAPTURE(decode, avx2, synthesiseAvx2, decodeAvx2)->Name("g722Decode/avx2");
-BENCHMARK_CAPTURE(filterOnly, definition, analyseScalar)->Name("g722Analysis/definition");
-BENCHMARK_CAPTURE(filterOnly, avx2, analyseAvx2)->Name("g722Analysis/avx2");
-BENCHMARK_CAPTURE(filterOnly, definition, synthesiseScalar)->Name("g722Synthesis/definition");
-BENCHMARK_CAPTURE(filterOnly, avx2, synthesiseAvx2)->Name("g722Synthesis/avx2");
+const bool registered[] = {
+    add<Encoder>(
+        "g722Encode", encode,
+        {{"definition", {analyseScalar, encodeScalar}}, {"avx2", {analyseAvx2, encodeAvx2}}}),
+    add<Decoder>(
+        "g722Decode", decode,
+        {{"definition", {decodeScalar, synthesiseScalar}}, {"avx2", {decodeAvx2, synthesiseAvx2}}}),
+};
 
 /// The packed stream.
 [[maybe_unused]] std::vector<std::uint8_t> bytes()
@@ -138,8 +127,6 @@ BENCHMARK(decodeSpandsp)->Name("g722Decode/spandsp");
 
 #endif
 #ifdef ZSPSC_PEER_LIBAVCODEC
-
-using zsp::bench::Avcodec;
 
 void encodeLibavcodec(benchmark::State& state)
 {

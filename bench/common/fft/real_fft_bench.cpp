@@ -1,17 +1,16 @@
-#include "bench/support/pool.hpp"
-#include "common/fft/real_fft.hpp"
+// The real FFT by order, forwards and backwards.
 
-#include <benchmark/benchmark.h>
+#include "bench/support/peers.hpp"
+#include "bench/support/pool.hpp"
+#include "bench/support/versions.hpp"
+#include "common/fft/real_fft.hpp"
 
 #include <cstddef>
 #include <vector>
 
-#ifdef ZSPSC_PEER_FFTW
-#include <fftw3.h>
-#endif
-
 namespace {
 
+using namespace zsp::bench;
 using namespace zsp::common;
 
 /// A plan with its work area, and a signal with its bins.
@@ -26,7 +25,7 @@ struct Fft {
 
     void fill()
     {
-        zsp::bench::WordPool pool(1);
+        WordPool pool(1);
         const auto words = pool.next(n);
         time.assign(words.begin(), words.end());
         realFftForward(*plan, time, bins, work.data());
@@ -40,31 +39,29 @@ struct Fft {
     const RealFftPlan* plan;
 };
 
-template <typename Transform>
-void run(benchmark::State& state, Transform transform)
-{
-    for (auto _ : state) {
-        transform();
-        benchmark::ClobberMemory();
-    }
-}
+using Transform = void (*)(Fft&);
 
-void forward(benchmark::State& state)
+void run(benchmark::State& state, Transform kernel)
 {
     Fft fft(state);
     fft.fill();
-    run(state, [&] { realFftForward(*fft.plan, fft.time, fft.bins, fft.work.data()); });
+    loop(state, fft.n, [&] { kernel(fft); });
 }
 
-void inverse(benchmark::State& state)
-{
-    Fft fft(state);
-    fft.fill();
-    run(state, [&] { realFftInverse(*fft.plan, fft.bins, fft.time, fft.work.data()); });
-}
+const Runs kOrders = {{1}, {2}, {3}, {4}, {5}, {6}, {7}, {8}, {9}, {10}, {11}, {12}};
 
-BENCHMARK(forward)->Name("realFft/avx2")->DenseRange(1, 12);
-BENCHMARK(inverse)->Name("realFftInverse/avx2")->DenseRange(1, 12);
+const bool registered[] = {
+    add<Transform>(
+        "realFft", run,
+        {{"definition", [](Fft& f) { realFftForwardScalar(f.time, f.bins); }},
+         {"avx2", [](Fft& f) { realFftForward(*f.plan, f.time, f.bins, f.work.data()); }}},
+        kOrders),
+    add<Transform>(
+        "realFftInverse", run,
+        {{"definition", [](Fft& f) { realFftInverseScalar(f.bins, f.time); }},
+         {"avx2", [](Fft& f) { realFftInverse(*f.plan, f.bins, f.time, f.work.data()); }}},
+        kOrders),
+};
 
 #ifdef ZSPSC_PEER_FFTW
 void forwardFftw(benchmark::State& state)
@@ -74,7 +71,7 @@ void forwardFftw(benchmark::State& state)
     const fftwf_plan plan =
         fftwf_plan_dft_r2c_1d(static_cast<int>(fft.n), fft.time.data(), bins, FFTW_MEASURE);
     fft.fill();
-    run(state, [&] { fftwf_execute(plan); });
+    loop(state, fft.n, [&] { fftwf_execute(plan); });
     fftwf_destroy_plan(plan);
 }
 
@@ -86,7 +83,7 @@ void inverseFftw(benchmark::State& state)
     const fftwf_plan plan = fftwf_plan_dft_c2r_1d(static_cast<int>(fft.n), bins, fft.time.data(),
                                                   FFTW_MEASURE | FFTW_PRESERVE_INPUT);
     fft.fill();
-    run(state, [&] { fftwf_execute(plan); });
+    loop(state, fft.n, [&] { fftwf_execute(plan); });
     fftwf_destroy_plan(plan);
 }
 
