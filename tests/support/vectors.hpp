@@ -32,6 +32,14 @@ std::vector<T> readVector(const std::string& name)
     return values;
 }
 
+/// `count` elements from `first` on.
+template <typename T>
+std::vector<T> part(const std::vector<T>& from, std::size_t first, std::size_t count)
+{
+    const auto at = from.begin() + static_cast<std::ptrdiff_t>(first);
+    return {at, at + static_cast<std::ptrdiff_t>(count)};
+}
+
 /// The lines of a text file, split into words, without blank lines and comments.
 inline std::vector<std::vector<std::string>> readRuns(const std::string& name)
 {

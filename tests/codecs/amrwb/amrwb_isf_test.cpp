@@ -26,10 +26,6 @@ const bool registered = addContracts({
              {in<std::int16_t>(16), out<std::int16_t>(16), number(16)})
         .row({{2, number(0)}}, zspStsSizeErr)
         .row({{2, number(-2147483648.0)}}, zspStsSizeErr),
-    Contract(ZSP_NAMED(zspsISFQuantDTX_AMRWB_16s),
-             {in<std::int16_t>(16), out<std::int16_t>(16), out<std::int16_t>(5)}),
-    Contract(ZSP_NAMED(zspsISFQuantDecodeDTX_AMRWB_16s),
-             {in<std::int16_t>(5), out<std::int16_t>(16)}),
 });
 
 using Export = ZspStatus (*)(const std::int16_t*, std::int16_t*, std::int32_t);
@@ -48,26 +44,13 @@ constexpr Conversion kConversions[] = {
      zsp::amrwb::ispToIsfAvx2},
 };
 
-/// Record `r` of `size` words.
-Words record(const Words& file, std::size_t size, std::size_t r)
-{
-    const auto at = file.begin() + static_cast<std::ptrdiff_t>(size * r);
-    return {at, at + static_cast<std::ptrdiff_t>(size)};
-}
-
-Words part(const Words& from, std::size_t first, std::size_t count)
-{
-    const auto at = from.begin() + static_cast<std::ptrdiff_t>(first);
-    return {at, at + static_cast<std::ptrdiff_t>(count)};
-}
-
 TEST(AmrwbIsf, ConversionVectors)
 {
     for (const Conversion& c : kConversions) {
         const auto file = readVector<std::int16_t>(std::string("amrwb/") + c.vectors + ".bin");
         ASSERT_GE(file.size(), 32u);
         for (std::size_t r = 0; r < file.size() / 32; ++r) {
-            const Words given = record(file, 32, r);
+            const Words given = part(file, 32 * r, 32);
             const std::string what = std::string(c.vectors) + ", record " + std::to_string(r);
             Words got(16);
             ASSERT_EQ(c.entry(given.data(), got.data(), 16), zspStsNoErr);
@@ -135,62 +118,6 @@ TEST(AmrwbIsf, TheOnlyElementIsTheLast)
         EXPECT_EQ(isp, row.isp) << row.isf;
         ASSERT_EQ(zspsISPToISF_Norm_AMRWB_16s(&isp, &back, 1), zspStsNoErr);
         EXPECT_EQ(back, row.back) << row.isf;
-    }
-}
-
-TEST(AmrwbIsf, NoiseQuantiserVectors)
-{
-    const auto file = readVector<std::int16_t>("amrwb/sid_quant.bin");
-    ASSERT_GE(file.size(), 37u);
-    for (std::size_t r = 0; r < file.size() / 37; ++r) {
-        const Words given = record(file, 37, r);
-        const std::string what = "record " + std::to_string(r);
-        Words isf = part(given, 0, 16), quantised(16), indices(5);
-        ASSERT_EQ(zspsISFQuantDTX_AMRWB_16s(isf.data(), quantised.data(), indices.data()),
-                  zspStsNoErr);
-        expectEqual(quantised, part(given, 16, 16), what);
-        expectEqual(indices, part(given, 32, 5), what + ", indices");
-        ASSERT_EQ(zspsISFQuantDTX_AMRWB_16s(isf.data(), isf.data(), indices.data()), zspStsNoErr);
-        expectEqual(isf, quantised, what + ", in place");
-    }
-}
-
-TEST(AmrwbIsf, NoiseDecoderVectors)
-{
-    const auto file = readVector<std::int16_t>("amrwb/sid_decode.bin");
-    ASSERT_GE(file.size(), 21u);
-    for (std::size_t r = 0; r < file.size() / 21; ++r) {
-        Words given = record(file, 21, r);
-        Words isf(16);
-        ASSERT_EQ(zspsISFQuantDecodeDTX_AMRWB_16s(given.data(), isf.data()), zspStsNoErr);
-        expectEqual(isf, part(given, 5, 16), "record " + std::to_string(r));
-
-        // bits above the codebooks' sizes do not count
-        constexpr int kSizes[] = {64, 64, 64, 32, 32};
-        for (std::size_t b = 0; b < 5; ++b)
-            given[b] = static_cast<std::int16_t>(given[b] - kSizes[b] * static_cast<int>(r % 7));
-        Words again(16);
-        ASSERT_EQ(zspsISFQuantDecodeDTX_AMRWB_16s(given.data(), again.data()), zspStsNoErr);
-        expectEqual(again, isf, "higher bits, record " + std::to_string(r));
-    }
-}
-
-// Near the codevectors, where errors are small and equal ones occur; and anywhere.
-TEST(AmrwbIsf, NoiseQuantiserEqualsDefinition)
-{
-    Samples samples(2);
-    for (int run = 0; run < 20000; ++run) {
-        std::array<std::int16_t, 16> isf{};
-        const auto words = samples.words(16);
-        std::copy(words.begin(), words.end(), isf.begin());
-        if (run % 2) {
-            const zsp::amrwb::NoiseIndices any = {words[0], words[1], words[2], words[3], words[4]};
-            zsp::amrwb::decodeNoise(any, isf);
-            for (auto& element : isf)
-                element = static_cast<std::int16_t>(element + samples.uniform(-40, 40));
-        }
-        expectEqual(zsp::amrwb::quantiseNoiseAvx2(isf), zsp::amrwb::quantiseNoiseScalar(isf),
-                    "run " + std::to_string(run));
     }
 }
 
