@@ -1,15 +1,14 @@
 #include "codecs/g726/g726_adpcm.hpp"
 #include "zspsc.h"
 
+#include "tests/support/coder_signal.hpp"
 #include "tests/support/contract.hpp"
-#include "tests/support/samples.hpp"
 #include "tests/support/vectors.hpp"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstring>
 #include <map>
 #include <utility>
@@ -228,49 +227,6 @@ TEST(G726, OutputStaysInItsRange)
         }
 }
 
-/// Signals and code words that drive a coder everywhere: loud and quiet stretches, tones, silence,
-/// corners and uniform words.
-class Signal {
-  public:
-    explicit Signal(std::uint32_t seed) : samples_(seed) {}
-
-    std::vector<std::int16_t> pcm(std::size_t count)
-    {
-        std::vector<std::int16_t> signal;
-        while (signal.size() < count) {
-            const int kind = samples_.below(5);
-            const auto level = static_cast<double>(1 << samples_.below(14));
-            const double frequency = static_cast<double>(samples_.below(1000)) * 0.00314;
-            for (int i = samples_.below(500); i >= 0; --i)
-                signal.push_back(static_cast<std::int16_t>(
-                    kind == 0   ? 0
-                    : kind == 1 ? samples_.integer<std::int16_t>()
-                    : kind == 2 ? samples_.integer<std::int16_t>() >> 2
-                    : kind == 3 ? level * std::sin(frequency * i)
-                                : level * static_cast<double>(samples_.below(200) - 100) / 100));
-        }
-        signal.resize(count);
-        return signal;
-    }
-
-    /// Uniform code words, between stretches of a single one.
-    std::vector<std::uint8_t> codes(std::size_t count, int bits)
-    {
-        std::vector<std::uint8_t> codes;
-        while (codes.size() < count) {
-            const int fixed = samples_.below(2) ? samples_.below(1 << bits) : -1;
-            for (int i = samples_.below(fixed < 0 ? 500 : 50); i >= 0; --i)
-                codes.push_back(
-                    static_cast<std::uint8_t>(fixed < 0 ? samples_.below(1 << bits) : fixed));
-        }
-        codes.resize(count);
-        return codes;
-    }
-
-  private:
-    Samples samples_;
-};
-
 void expectSameState(const zsp::g726::CoderState& got, const zsp::g726::CoderState& want,
                      const std::string& what)
 {
@@ -284,7 +240,7 @@ TEST(G726, Avx2EqualsDefinition)
         for (std::uint32_t seed = 0; seed < 6; ++seed) {
             const std::string what =
                 "rate index " + std::to_string(rateIndex) + ", seed " + std::to_string(seed);
-            Signal signal(seed);
+            CoderSignal signal(seed);
             CoderState definition{.rateIndex = rateIndex}, fast = definition;
             for (const std::size_t len : {20000u, 1u, 2u, 3001u}) {
                 const auto sl = signal.pcm(len);

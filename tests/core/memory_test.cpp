@@ -1,29 +1,13 @@
-// Version record, companion services, work arrays.
-
 #include "core/memory.hpp"
+
 #include "zspcore.h"
-#include "zspsc.h"
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstring>
 
 namespace {
-
-TEST(Core, VersionRecord)
-{
-    const ZspLibraryVersion* v = zspscGetLibVersion();
-    ASSERT_NE(v, nullptr);
-    EXPECT_EQ(v, zspscGetLibVersion());
-    EXPECT_EQ(v->major, 8);
-    EXPECT_EQ(v->minor, 1);
-    EXPECT_EQ(v->update, 1);
-    EXPECT_EQ(v->revision, 42291);
-    EXPECT_EQ(std::memcmp(v->cpuTag, "l9\0\0", 4), 0);
-    EXPECT_STREQ(v->name, "zspSC AVX2 (l9)");
-    EXPECT_STREQ(v->versionText, "8.1.1 (r42291)");
-    EXPECT_STREQ(v->buildDate, "Apr 10 2014");
-}
 
 TEST(Core, WorkArrays)
 {
@@ -46,17 +30,6 @@ TEST(Core, WorkArrays)
     zsp::release(nullptr);
     EXPECT_EQ(zspMalloc(0), nullptr);
     EXPECT_EQ(zspMalloc(SIZE_MAX), nullptr);
-}
-
-TEST(Core, FeaturesOfThisProcessor)
-{
-    const std::uint64_t mask = zspGetEnabledCpuFeatures();
-    EXPECT_EQ(mask, zspGetEnabledCpuFeatures());
-    EXPECT_EQ((mask & ZSP_CPU_AVX2) != 0, __builtin_cpu_supports("avx2") != 0);
-    EXPECT_EQ((mask & ZSP_CPU_AVX) != 0, __builtin_cpu_supports("avx") != 0);
-    EXPECT_EQ((mask & ZSP_CPU_FMA) != 0, __builtin_cpu_supports("fma") != 0);
-    EXPECT_EQ((mask & ZSP_CPU_BMI2) != 0, __builtin_cpu_supports("bmi2") != 0);
-    EXPECT_NE(mask & ZSP_CPU_SSE2, 0u);
 }
 
 } // namespace
