@@ -11,10 +11,11 @@ namespace zsp::voice {
 
 namespace {
 
-constexpr std::array kCodecs = {
+// Not a deduced std::array, which the compiler would leave in writable memory.
+constexpr auto kCodecs = std::to_array<const Codec*>({
 #define ZSPV_CODEC(name) &name,
 #include "voice/codec/codecs.inc"
-};
+});
 
 } // namespace
 
