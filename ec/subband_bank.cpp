@@ -4,8 +4,9 @@
 //   synthesis   the inverse FFT, overlap-added with the reversed window into L accumulators, of
 //               which the first hop leaves
 //
-// One set-up serves both families. The work buffer holds the block of N values that stands between
-// window and transform, then the transform's own area.
+// One set-up serves both families. The work buffer holds, from its first 16-byte boundary on, the
+// block of N values that stands between window and transform, in 32 bits each, then the transform's
+// own area.
 
 #include "common/fft/real_fft.hpp"
 #include "common/fft/real_fft_16s.hpp"
@@ -28,6 +29,7 @@ namespace {
 /// The window stands behind the record, then the room of the delay line, then the transform's plan.
 struct State32f {
     using Sample = float;
+    using Folded = float;
 
     std::int32_t windowLen;
     std::int32_t fftLen;
@@ -39,6 +41,7 @@ struct State32f {
 
 struct State16s {
     using Sample = std::int16_t;
+    using Folded = std::int32_t; // a word
 
     std::int16_t* delayLine;
     std::int16_t* window; // Q13
@@ -51,7 +54,6 @@ static_assert(sizeof(State32f) == 40 && sizeof(State16s) == 40);
 
 struct Sizes {
     std::int64_t state;
-    std::int64_t initBuffer;
     std::int64_t workBuffer;
 };
 
@@ -81,7 +83,6 @@ std::int64_t planSize(std::int32_t order) noexcept
 Sizes sizesOf(const State32f*, std::int32_t order, std::int64_t windowLen) noexcept
 {
     return {.state = planSize<float>(order) + 8 * windowLen + 40 + 16,
-            .initBuffer = 0,
             .workBuffer = common::realFftWorkSize(order) + (std::int64_t{4} << order) + 16};
 }
 
@@ -89,7 +90,6 @@ Sizes sizesOf(const State16s*, std::int32_t order, std::int64_t windowLen) noexc
 {
     return {
         .state = roundUp16(planSize<std::int16_t>(order)) + 2 * roundUp16(2 * windowLen) + 48 + 16,
-        .initBuffer = 0,
         .workBuffer = common::realFft16sWorkSize(order) + roundUp16(std::int64_t{4} << order) + 16};
 }
 
@@ -136,7 +136,7 @@ ZspStatus getSize(std::int32_t order, std::int32_t windowLen, std::int32_t* stat
     if (sizes.state > kMax || sizes.workBuffer > kMax) return zspStsBadArgErr;
 
     *stateSize = static_cast<std::int32_t>(sizes.state);
-    *initBufSize = static_cast<std::int32_t>(sizes.initBuffer);
+    *initBufSize = 0; // the plan is built where it stays
     *workBufSize = static_cast<std::int32_t>(sizes.workBuffer);
     return zspStsNoErr;
 }
@@ -150,15 +150,15 @@ ZspStatus init(void* state, std::int32_t order, std::int32_t frameSize, std::int
     if (order < 31 && frameSize > std::int32_t{1} << order) return zspStsBadArgErr;
     if (!state) return zspStsNullPtrErr;
     if (!isWholeBlocks(windowLen, order)) return zspStsBadArgErr;
+    auto* s = alignedState<State>(state);
+    s->window = static_cast<Sample*>(alignUp(s + 1, common::kFftAlignment)); // before all the rest
     if (!window && !isBuiltIn(order, frameSize, windowLen)) return zspStsBadArgErr;
     if (order > common::kMaxFftOrder) return zspStsInternalErr;
 
     const auto len = static_cast<std::size_t>(windowLen);
-    auto* s = alignedState<State>(state);
     s->windowLen = windowLen;
     s->fftLen = std::int32_t{1} << order;
     s->frameSize = frameSize;
-    s->window = static_cast<Sample*>(alignUp(s + 1, common::kFftAlignment));
     const std::span<Sample> room = delayRoom(*s);
     s->delayLine = room.data();
     s->fft = common::initRealFft(room.data() + room.size(), order);
@@ -172,11 +172,12 @@ ZspStatus init(void* state, std::int32_t order, std::int32_t frameSize, std::int
 template <typename State>
 struct Frame {
     using Sample = typename State::Sample;
+    using Folded = typename State::Folded;
 
     Frame(void* state, void* workBuf) noexcept
         : s(*alignedState<State>(state)), n(static_cast<std::size_t>(s.fftLen)),
           window(s.window, static_cast<std::size_t>(s.windowLen)),
-          block(static_cast<Sample*>(alignUp(workBuf, common::kFftAlignment)), n), fft(*s.fft),
+          block(static_cast<Folded*>(alignUp(workBuf, 16)), n), fft(*s.fft),
           work(static_cast<float*>(alignUp(block.data() + n, common::kFftAlignment)))
     {
     }
@@ -213,7 +214,7 @@ struct Frame {
     State& s;
     std::size_t n;
     std::span<const Sample> window;
-    std::span<Sample> block;
+    std::span<Folded> block;
     const common::RealFftPlan& fft;
     float* work;
 };

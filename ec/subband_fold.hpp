@@ -21,16 +21,17 @@ void overlapAddScalar(InF time, InF window, OutF delay) noexcept;
 void overlapAddAvx2(InF time, InF window, OutF delay) noexcept;
 
 /// The fold of words with a window in Q13. Each product is rounded, (d w + 4096) >> 13, and may
-/// exceed a word by itself; the sum saturates to a word at each addition.
-void foldScalar(In16 delay, In16 window_Q13, Out16 fold) noexcept;
+/// exceed a word by itself; the sum saturates to a word at each addition, and stands in 32 bits.
+void foldScalar(In16 delay, In16 window_Q13, Out32 fold) noexcept;
 
 /// Equal to its definition in every result.
-void foldAvx2(In16 delay, In16 window_Q13, Out16 fold) noexcept;
+void foldAvx2(In16 delay, In16 window_Q13, Out32 fold) noexcept;
 
-/// The overlap-add of words, with the products and the saturation of the fold.
-void overlapAddScalar(In16 time, In16 window_Q13, Out16 delay) noexcept;
+/// The overlap-add of words, with the products and the saturation of the fold. `time` holds words
+/// in 32 bits.
+void overlapAddScalar(In32 time, In16 window_Q13, Out16 delay) noexcept;
 
 /// Equal to its definition in every result.
-void overlapAddAvx2(In16 time, In16 window_Q13, Out16 delay) noexcept;
+void overlapAddAvx2(In32 time, In16 window_Q13, Out16 delay) noexcept;
 
 } // namespace zsp::ec

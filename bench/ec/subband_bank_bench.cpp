@@ -1,9 +1,8 @@
-// One frame of the echo canceller's building blocks: filter bank, controller, tone detector.
+// One frame of the sub-band filter bank, and the same with a peer's transform.
 
 #include "bench/support/pool.hpp"
-#include "core/state.hpp"
-#include "ec/subband_controller.hpp"
 #include "ec/subband_fold.hpp"
+#include "zspsc.h"
 
 #include <benchmark/benchmark.h>
 
@@ -132,131 +131,5 @@ void analysisFftw(benchmark::State& state)
 
 BENCHMARK(analysisFftw)->Name("subbandAnalysis_32f/fftw")->Apply(shapes);
 #endif
-
-template <typename Sample>
-using Loop = void (*)(std::span<const Sample>, std::span<const Sample>, std::span<Sample>) noexcept;
-
-template <typename Sample, Loop<Sample> kernel>
-void fold(benchmark::State& state)
-{
-    zsp::bench::WordPool pool(1);
-    const auto words = pool.next(512);
-    const std::vector<Sample> delay(words.begin(), words.begin() + 256);
-    const std::vector<Sample> window(words.begin() + 256, words.end());
-    std::vector<Sample> block(64);
-    for (auto _ : state) {
-        kernel(delay, window, block);
-        benchmark::ClobberMemory();
-    }
-}
-
-template <typename Sample, Loop<Sample> kernel>
-void overlapAdd(benchmark::State& state)
-{
-    zsp::bench::WordPool pool(1);
-    const auto words = pool.next(512);
-    const std::vector<Sample> time(words.begin(), words.begin() + 64);
-    const std::vector<Sample> window(words.begin() + 256, words.end());
-    std::vector<Sample> delay(256);
-    for (auto _ : state) {
-        kernel(time, window, delay);
-        benchmark::ClobberMemory();
-    }
-}
-
-using zsp::ec::foldAvx2, zsp::ec::foldScalar;
-using zsp::ec::overlapAddAvx2, zsp::ec::overlapAddScalar;
-using Words = std::int16_t;
-
-BENCHMARK(fold<float, foldScalar>)->Name("fold_32f/definition/256");
-BENCHMARK(fold<float, foldAvx2>)->Name("fold_32f/avx2/256");
-BENCHMARK(fold<Words, foldScalar>)->Name("fold_16s/definition/256");
-BENCHMARK(fold<Words, foldAvx2>)->Name("fold_16s/avx2/256");
-BENCHMARK(overlapAdd<float, overlapAddScalar>)->Name("overlapAdd_32f/definition/256");
-BENCHMARK(overlapAdd<float, overlapAddAvx2>)->Name("overlapAdd_32f/avx2/256");
-BENCHMARK(overlapAdd<Words, overlapAddScalar>)->Name("overlapAdd_16s/definition/256");
-BENCHMARK(overlapAdd<Words, overlapAddAvx2>)->Name("overlapAdd_16s/avx2/256");
-
-/// A controller of so many bins and taps on filters that neither save nor restore.
-struct Controller {
-    explicit Controller(const benchmark::State& benchmarkState)
-        : bands(static_cast<std::size_t>(benchmarkState.range(0))),
-          taps(static_cast<std::size_t>(benchmarkState.range(1))), steps(bands),
-          buffer(16 * bands + 112), filters(2 * taps + 2, std::vector<Zsp32fc>(bands, {1, 2}))
-    {
-        zspsSubbandControllerInit_EC_32f(buffer.data(), static_cast<std::int32_t>(bands), 40,
-                                         static_cast<std::int32_t>(taps), 16000);
-        for (std::size_t t = 0; t < taps; ++t) {
-            adapt.push_back(filters[2 * t].data());
-            fixed.push_back(filters[2 * t + 1].data());
-        }
-        pair = {filters[2 * taps].data(), filters[2 * taps + 1].data(), adapt.data(), fixed.data()};
-    }
-
-    zsp::ec::ControllerState& state()
-    {
-        return *zsp::alignedState<zsp::ec::ControllerState>(buffer.data());
-    }
-
-    std::size_t bands, taps;
-    std::vector<double> steps;
-    std::vector<std::byte> buffer;
-    std::vector<std::vector<Zsp32fc>> filters;
-    std::vector<Zsp32fc*> adapt, fixed;
-    zsp::ec::FilterPair pair{};
-};
-
-template <bool fast>
-void compareFilters(benchmark::State& state)
-{
-    Controller c(state);
-    for (auto _ : state) {
-        if constexpr (fast)
-            benchmark::DoNotOptimize(zsp::ec::compareFiltersAvx2(c.state(), c.pair));
-        else
-            benchmark::DoNotOptimize(zsp::ec::compareFiltersScalar(c.state(), c.pair, 0, {}));
-        benchmark::ClobberMemory();
-    }
-}
-
-template <bool fast>
-void stepSizes(benchmark::State& state)
-{
-    Controller c(state);
-    const auto kernel = fast ? zsp::ec::stepSizesAvx2 : zsp::ec::stepSizesScalar;
-    for (auto _ : state) {
-        kernel({0.5F, 1e6F, 1e-9F}, c.filters[0], c.filters[1], {c.state().inputPower, c.bands},
-               c.steps);
-        benchmark::ClobberMemory();
-    }
-}
-
-BENCHMARK(compareFilters<false>)->Name("compareFilters/definition")->Args({17, 54})->Args({33, 55});
-BENCHMARK(compareFilters<true>)->Name("compareFilters/avx2")->Args({17, 54})->Args({33, 55});
-BENCHMARK(stepSizes<false>)->Name("stepSizes/definition")->Args({17, 1})->Args({33, 1});
-BENCHMARK(stepSizes<true>)->Name("stepSizes/avx2")->Args({17, 1})->Args({33, 1});
-
-/// Ten milliseconds of noise, or of the silence after a tone.
-void toneDetect(benchmark::State& state, bool silence)
-{
-    const auto len = static_cast<std::size_t>(state.range(0)) / 100;
-    std::vector<std::byte> detector(80);
-    zspsToneDetectInit_EC_32f(detector.data(), static_cast<std::int32_t>(state.range(0)));
-    zsp::bench::WordPool pool(1);
-    const auto words = pool.next(len);
-    std::vector<float> block(words.begin(), words.end());
-    std::int32_t result = 0;
-    zspsToneDetect_EC_32f(block.data(), static_cast<std::int32_t>(len), &result, detector.data());
-    if (silence) std::ranges::fill(block, 0.0F);
-    for (auto _ : state) {
-        zspsToneDetect_EC_32f(block.data(), static_cast<std::int32_t>(len), &result,
-                              detector.data());
-        benchmark::DoNotOptimize(result);
-    }
-    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(len));
-}
-
-BENCHMARK_CAPTURE(toneDetect, noise, false)->Name("toneDetect/noise")->Arg(8000)->Arg(16000);
-BENCHMARK_CAPTURE(toneDetect, silence, true)->Name("toneDetect/silence")->Arg(8000)->Arg(16000);
 
 } // namespace

@@ -1,5 +1,5 @@
-// Real FFT between words and pairs of longs: conversion to single precision, the transform there,
-// and one rounding of its results.
+// Real FFT of words with a scale factor: conversion to single precision, the transform there, and
+// one rounding of its results.
 
 #include "common/fft/real_fft_16s.hpp"
 
@@ -28,26 +28,16 @@ double scaleOf(std::int32_t scaleFactor) noexcept
     return std::bit_cast<double>(static_cast<std::uint64_t>(1023 - places) << 52);
 }
 
-void store4(std::int32_t* p, __m128i v) noexcept
+void toFloat(In32 from, float* to) noexcept
 {
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v);
+    std::transform(from.begin(), from.end(), to,
+                   [](std::int32_t v) { return static_cast<float>(v); });
 }
 
-void store4(std::int16_t* p, __m128i v) noexcept
-{
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_packs_epi32(v, v));
-}
-
+/// floor(value scale + 1/2), saturated to the range of T. Double precision holds the sum exactly as
+/// far as it matters.
 template <typename T>
-void toFloat(std::span<const T> from, float* to) noexcept
-{
-    std::transform(from.begin(), from.end(), to, [](T v) { return static_cast<float>(v); });
-}
-
-/// floor(value scale + 1/2), saturated. Double precision holds the sum exactly as far as it
-/// matters.
-template <typename T>
-void roundTo(InF from, double scale, std::span<T> to) noexcept
+void roundTo(InF from, double scale, Out32 to) noexcept
 {
     constexpr double kMin = std::numeric_limits<T>::min(), kMax = std::numeric_limits<T>::max();
     const __m256d vScale = _mm256_set1_pd(scale), half = _mm256_set1_pd(0.5);
@@ -57,11 +47,11 @@ void roundTo(InF from, double scale, std::span<T> to) noexcept
         const __m256d value = _mm256_cvtps_pd(_mm_loadu_ps(&from[i]));
         const __m256d rounded = _mm256_floor_pd(_mm256_add_pd(_mm256_mul_pd(value, vScale), half));
         const __m256d limited = _mm256_max_pd(low, _mm256_min_pd(high, rounded));
-        store4(&to[i], _mm256_cvttpd_epi32(limited));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(&to[i]), _mm256_cvttpd_epi32(limited));
     }
     for (; i < from.size(); ++i) {
         const double rounded = std::floor(static_cast<double>(from[i]) * scale + 0.5);
-        to[i] = static_cast<T>(std::clamp(rounded, kMin, kMax));
+        to[i] = static_cast<std::int32_t>(std::clamp(rounded, kMin, kMax));
     }
 }
 
@@ -93,7 +83,7 @@ std::int64_t realFft16sWorkSize(int order) noexcept
            4 * static_cast<std::int64_t>(paddedTo64Bytes(n) + paddedTo64Bytes(n + 2));
 }
 
-void realFftForward16s(const RealFftPlan& plan, In16 time, std::span<Zsp32sc> bins,
+void realFftForward16s(const RealFftPlan& plan, In32 time, std::span<Zsp32sc> bins,
                        std::int32_t scaleFactor, float* work) noexcept
 {
     const Work w(plan, work);
@@ -102,11 +92,11 @@ void realFftForward16s(const RealFftPlan& plan, In16 time, std::span<Zsp32sc> bi
     roundTo<std::int32_t>({w.bins, w.n + 2}, scaleOf(scaleFactor), {&bins[0].re, w.n + 2});
 }
 
-void realFftInverse16s(const RealFftPlan& plan, std::span<const Zsp32sc> bins, Out16 time,
+void realFftInverse16s(const RealFftPlan& plan, std::span<const Zsp32sc> bins, Out32 time,
                        std::int32_t scaleFactor, float* work) noexcept
 {
     const Work w(plan, work);
-    toFloat(In32{&bins[0].re, w.n + 2}, w.bins);
+    toFloat({&bins[0].re, w.n + 2}, w.bins);
     realFftInverse(plan, w.complexBins(), {w.time, w.n}, w.fft);
     roundTo<std::int16_t>({w.time, w.n}, scaleOf(scaleFactor), time);
 }

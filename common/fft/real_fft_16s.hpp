@@ -1,5 +1,5 @@
-// Real FFT between words and pairs of longs, with a scale factor. The transform itself is the one
-// in single precision, with its plan.
+// Real FFT between words, each in a 32-bit element, and pairs of longs, with a scale factor. The
+// transform itself is the one in single precision, with its plan.
 //
 //   forward   bins = sat32(X 2^-scaleFactor)      inverse   time = sat16(x 2^-scaleFactor)
 //
@@ -14,10 +14,10 @@ namespace zsp::common {
 /// Bytes of a call's work area, with room for two alignments to kFftAlignment.
 std::int64_t realFft16sWorkSize(int order) noexcept;
 
-void realFftForward16s(const RealFftPlan& plan, In16 time, std::span<Zsp32sc> bins,
+void realFftForward16s(const RealFftPlan& plan, In32 time, std::span<Zsp32sc> bins,
                        std::int32_t scaleFactor, float* work) noexcept;
 
-void realFftInverse16s(const RealFftPlan& plan, std::span<const Zsp32sc> bins, Out16 time,
+void realFftInverse16s(const RealFftPlan& plan, std::span<const Zsp32sc> bins, Out32 time,
                        std::int32_t scaleFactor, float* work) noexcept;
 
 } // namespace zsp::common

@@ -28,7 +28,7 @@ struct Fft {
     std::size_t n;
     std::vector<std::byte> planStorage;
     std::vector<float> work;
-    std::vector<std::int16_t> time;
+    std::vector<std::int32_t> time;
     std::vector<Zsp32sc> bins;
     const RealFftPlan* plan;
 };
