@@ -1,0 +1,64 @@
+#include "tests/support/contract.hpp"
+#include "tests/support/vectors.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using namespace zsp::test;
+using Words = std::vector<std::int16_t>;
+
+const bool registered = addContracts({
+    Contract(ZSP_NAMED(zspsLSPToLSF_G729_16s), {in<std::int16_t>(10), out<std::int16_t>(10)}),
+    Contract(ZSP_NAMED(zspsLSPToLSF_Norm_G729_16s), {in<std::int16_t>(10), out<std::int16_t>(10)}),
+});
+
+TEST(G729Lsf, Vectors)
+{
+    const auto lsp = readVector<std::int16_t>("g729/lsp.in.s16");
+    for (const auto& [convert, file] : {std::pair{&zspsLSPToLSF_G729_16s, "g729/lsp.radian.s16"},
+                                        {&zspsLSPToLSF_Norm_G729_16s, "g729/lsp.norm.s16"}}) {
+        Words out(lsp.size()), inPlace = lsp;
+        for (std::size_t i = 0; i + 10 <= lsp.size(); i += 10) {
+            ASSERT_EQ(convert(&lsp[i], &out[i]), zspStsNoErr);
+            ASSERT_EQ(convert(&inPlace[i], &inPlace[i]), zspStsNoErr);
+        }
+        expectEqual(out, readVector<std::int16_t>(file), file);
+        expectEqual(inPlace, out, std::string(file) + ", in place");
+    }
+}
+
+struct Frequency {
+    std::array<std::int16_t, 3> lsp; // the last ones; those before are 32767
+    std::array<std::int16_t, 3> radian, norm;
+    const char* why;
+};
+
+constexpr Frequency kFrequencies[] = {
+    {{32767, 32767, 32767}, {0, 0, 0}, {0, 0, 0}, "the top"},
+    {{32767, 0, -32729}, {0, 12868, 25333}, {0, 8192, 16128}, "grid points"},
+    {{32767, 32767, -32768}, {0, 0, -25736}, {0, 0, 16384}, "32768 wraps in radians"},
+    {{-20000, 10000, 10000}, {18230, 10326, 10326}, {11606, 6574, 6574}, "out of order"},
+    {{-32768, 32767, 32767}, {6598, 0, 0}, {-28567, 0, 0}, "far out of order: wraps in both"},
+};
+
+TEST(G729Lsf, KnownFrequencies)
+{
+    for (const Frequency& f : kFrequencies) {
+        Words lsp(10, 32767), radian(10), norm(10);
+        std::copy(f.lsp.begin(), f.lsp.end(), lsp.begin() + 7);
+        ASSERT_EQ(zspsLSPToLSF_G729_16s(lsp.data(), radian.data()), zspStsNoErr);
+        ASSERT_EQ(zspsLSPToLSF_Norm_G729_16s(lsp.data(), norm.data()), zspStsNoErr);
+        expectEqual(Words(radian.begin() + 7, radian.end()), f.radian, f.why);
+        expectEqual(Words(norm.begin() + 7, norm.end()), f.norm, f.why);
+    }
+}
+
+} // namespace
