@@ -3,12 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <fstream>
-#include <ios>
 #include <span>
-#include <string>
 #include <utility>
 #include <vector>
 
@@ -18,20 +13,7 @@ inline constexpr const char* kVoice8 = "g726/voice.sl";    ///< 8 kHz, 14-bit un
 inline constexpr const char* kVoice16 = "g722/speech.pcm"; ///< 16 kHz
 
 /// A recording. Without it there is nothing to measure: a missing file ends the program.
-inline std::vector<std::int16_t> speech(const char* name = kVoice8)
-{
-    const std::string path = std::string(ZSPSC_VECTOR_DIR "/") + name;
-    std::ifstream file(path, std::ios::binary | std::ios::ate);
-    std::vector<std::int16_t> samples(file ? static_cast<std::size_t>(file.tellg()) / 2 : 0);
-    file.seekg(0);
-    file.read(reinterpret_cast<char*>(samples.data()),
-              static_cast<std::streamsize>(samples.size() * 2));
-    if (!file || samples.empty()) {
-        std::fprintf(stderr, "cannot read %s\n", path.c_str());
-        std::exit(EXIT_FAILURE);
-    }
-    return samples;
-}
+std::vector<std::int16_t> speech(const char* name = kVoice8);
 
 /// Walks through a signal in blocks, again and again.
 template <typename T>

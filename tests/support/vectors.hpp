@@ -14,10 +14,9 @@
 
 namespace zsp::test {
 
-inline std::filesystem::path vectorPath(const std::string& name)
-{
-    return std::filesystem::path(ZSPSC_VECTOR_DIR) / name;
-}
+/// A file of tests/vectors. Only vectors.cpp knows where that is, so that the other files compile
+/// to the same in every checkout.
+std::filesystem::path vectorPath(const std::string& name);
 
 /// All elements of a raw little-endian file; a missing file fails the test.
 template <typename T>
