@@ -1,3 +1,5 @@
+// Processor features and cache size from CPUID, and aligned memory from the C library.
+
 #include "zspcore.h"
 
 #include <cpuid.h>

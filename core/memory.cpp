@@ -1,3 +1,5 @@
+// Work arrays from zspMalloc(), whose argument is a size without a sign.
+
 #include "core/memory.hpp"
 
 #include "zspcore.h"

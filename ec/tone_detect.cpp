@@ -46,8 +46,8 @@ const Rate* findRate(std::int32_t sampleFreq) noexcept
     return rate == std::end(kRates) ? nullptr : rate;
 }
 
-/// Zero in place of what is below the normal numbers. Otherwise rounding keeps the powers from
-/// falling any further in there, and digital silence after a tone would look like the tone.
+/// Replaces denormal numbers by zero. Among them rounding would stop the powers from falling any
+/// further, and digital silence after a tone would look like the tone.
 float normal(float value) noexcept
 {
     return std::fabs(value) < std::numeric_limits<float>::min() ? 0.0F : value;
