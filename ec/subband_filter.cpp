@@ -116,15 +116,6 @@ void filterAvx2(const FilterRows& rows, std::span<const Zsp32fc> src,
                 const FilterResults& out) noexcept
 {
     std::size_t k = 0;
-    for (; k + 8 <= src.size(); k += 8) { // two chains of additions side by side
-        BinSums low, high;
-        for (std::size_t t = 0; t < rows.history.size(); ++t) {
-            low.add(rows, t, k);
-            high.add(rows, t, k + 4);
-        }
-        low.store(src[k], out, k);
-        high.store(src[k + 4], out, k + 4);
-    }
     for (; k + 4 <= src.size(); k += 4) {
         BinSums sums;
         for (std::size_t t = 0; t < rows.history.size(); ++t)
