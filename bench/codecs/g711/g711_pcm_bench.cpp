@@ -1,20 +1,26 @@
 // Blocks of speech through G.711: our definition, our fast version and the peers.
 
-#include "bench/support/peers.hpp"
 #include "bench/support/speech.hpp"
-#include "bench/support/versions.hpp"
 #include "codecs/g711/g711_pcm.hpp"
 
-#include <string>
+#include <benchmark/benchmark.h>
+
+#include <sstream>
+
+#ifdef ZSPSC_PEER_LIBAVCODEC
+#include "bench/support/avcodec.hpp"
+#endif
+#ifdef ZSPSC_PEER_SPANDSP
+#include <spandsp.h>
+#endif
 
 namespace {
 
-using namespace zsp::bench;
 using namespace zsp::g711;
 
 std::vector<std::int16_t> fullScaleSpeech()
 {
-    auto samples = speech();
+    auto samples = zsp::bench::speech();
     for (auto& sample : samples)
         sample = static_cast<std::int16_t>(sample * 4);
     return samples;
@@ -28,24 +34,30 @@ std::vector<std::uint8_t> codes(Law law)
     return all;
 }
 
-using Encode = void (*)(zsp::In16, zsp::Out8, Law);
+using Encode = void (*)(zsp::In16, zsp::Out8, Law) noexcept;
 
-void encode(benchmark::State& state, Law law, Encode kernel)
+void encode(benchmark::State& state, Law law, std::size_t block, Encode kernel)
 {
-    const auto block = static_cast<std::size_t>(state.range(0));
-    Blocks blocks(fullScaleSpeech(), block);
+    zsp::bench::Blocks blocks(fullScaleSpeech(), block);
     std::vector<std::uint8_t> out(block);
-    loop(state, block, [&] { kernel(blocks.next(), out, law); });
+    for (auto _ : state) {
+        kernel(blocks.next(), out, law);
+        benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(block));
 }
 
-using Decode = void (*)(zsp::In8, zsp::Out16, Law);
+using Decode = void (*)(zsp::In8, zsp::Out16, Law) noexcept;
 
-void decode(benchmark::State& state, Law law, Decode kernel)
+void decode(benchmark::State& state, Law law, std::size_t block, Decode kernel)
 {
-    const auto block = static_cast<std::size_t>(state.range(0));
-    Blocks blocks(codes(law), block);
+    zsp::bench::Blocks blocks(codes(law), block);
     std::vector<std::int16_t> out(block);
-    loop(state, block, [&] { kernel(blocks.next(), out, law); });
+    for (auto _ : state) {
+        kernel(blocks.next(), out, law);
+        benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(block));
 }
 
 #ifdef ZSPSC_PEER_SPANDSP
@@ -65,14 +77,13 @@ void decodeSpandsp(zsp::In8 in, zsp::Out16 out, Law law) noexcept
 #endif
 #ifdef ZSPSC_PEER_LIBAVCODEC
 
-void encodeLibavcodec(benchmark::State& state, Law law)
+void encodeLibavcodec(benchmark::State& state, Law law, std::size_t block)
 {
-    const auto block = static_cast<std::size_t>(state.range(0));
-    Blocks blocks(fullScaleSpeech(), block);
+    zsp::bench::Blocks blocks(fullScaleSpeech(), block);
     const auto id = law == Law::mu ? AV_CODEC_ID_PCM_MULAW : AV_CODEC_ID_PCM_ALAW;
-    Avcodec coder(avcodec_find_encoder(id), 8000, [](AVCodecContext&) {});
+    zsp::bench::Avcodec coder(avcodec_find_encoder(id), 8000, [](AVCodecContext&) {});
     coder.allocateFrame(static_cast<int>(block));
-    loop(state, block, [&] {
+    for (auto _ : state) {
         const auto samples = blocks.next();
         std::copy(samples.begin(), samples.end(),
                   reinterpret_cast<std::int16_t*>(coder.frame->data[0]));
@@ -80,37 +91,34 @@ void encodeLibavcodec(benchmark::State& state, Law law)
             avcodec_receive_packet(coder.context, coder.packet) != 0)
             state.SkipWithError("encoder failed");
         av_packet_unref(coder.packet);
-    });
+    }
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(block));
 }
 
 #endif
 
-const Runs kBlocks = {{80}, {160}, {1024}};
-
 const bool registered = [] {
-    for (const Law law : {Law::mu, Law::a}) {
-        const std::string name = law == Law::mu ? "/mulaw" : "/alaw";
-        add<Encode>(
-            "g711Encode" + name, [law](auto& state, Encode k) { encode(state, law, k); },
-            {{"definition", encodeScalar}, {"avx2", encodeAvx2}}, kBlocks);
-        add<Decode>(
-            "g711Decode" + name, [law](auto& state, Decode k) { decode(state, law, k); },
-            {{"definition", decodeScalar}, {"avx2", decodeAvx2}}, kBlocks);
+    for (const Law law : {Law::mu, Law::a})
+        for (const std::size_t block : {80u, 160u, 1024u}) {
+            const auto add = [law, block](const char* direction, const char* version, auto function,
+                                          auto... kernel) {
+                std::ostringstream name;
+                name << direction << (law == Law::mu ? "/mulaw/" : "/alaw/") << version << '/'
+                     << block;
+                benchmark::RegisterBenchmark(name.str().c_str(), function, law, block, kernel...);
+            };
+            add("g711Encode", "definition", encode, encodeScalar);
+            add("g711Encode", "avx2", encode, encodeAvx2);
+            add("g711Decode", "definition", decode, decodeScalar);
+            add("g711Decode", "avx2", decode, decodeAvx2);
 #ifdef ZSPSC_PEER_SPANDSP
-        add<Encode>(
-            "g711Encode" + name, [law](auto& state, Encode k) { encode(state, law, k); },
-            {{"spandsp", encodeSpandsp}}, kBlocks);
-        add<Decode>(
-            "g711Decode" + name, [law](auto& state, Decode k) { decode(state, law, k); },
-            {{"spandsp", decodeSpandsp}}, kBlocks);
+            add("g711Encode", "spandsp", encode, encodeSpandsp);
+            add("g711Decode", "spandsp", decode, decodeSpandsp);
 #endif
 #ifdef ZSPSC_PEER_LIBAVCODEC
-        using Encoder = void (*)(benchmark::State&, Law);
-        add<Encoder>(
-            "g711Encode" + name, [law](auto& state, Encoder run) { run(state, law); },
-            {{"libavcodec", encodeLibavcodec}}, kBlocks);
+            add("g711Encode", "libavcodec", encodeLibavcodec);
 #endif
-    }
+        }
     return true;
 }();
 

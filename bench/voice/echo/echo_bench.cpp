@@ -1,9 +1,9 @@
-// The host's echo canceller beside SpeexDSP's, on noise through a decaying path; 10 ms a step.
+// The echo canceller beside SpeexDSP's, on noise through a decaying path; 10 ms a step.
 // load: share of one core in real time, as this processor runs it.
 
 #include "bench/support/peers.hpp"
 #include "signals/room.hpp"
-#include "tools/zsp/voice/echo_canceller.hpp"
+#include "zspvoice.h"
 
 #include <benchmark/benchmark.h>
 
@@ -12,7 +12,6 @@
 
 namespace {
 
-using namespace zsp::host;
 using namespace zsp::signals;
 
 /// Four seconds of far end and microphone, again and again.
@@ -57,21 +56,23 @@ void setLoad(benchmark::State& state)
 
 void runOurs(benchmark::State& state)
 {
-    const auto rate = static_cast<int>(state.range(0)), tail = static_cast<int>(state.range(1));
-    Signals signals(rate);
-    EchoCanceller canceller({.sampleRate = rate, .tailMs = tail});
-    std::array<float, 160> far{}, mic{}, out{};
+    Signals signals(static_cast<int>(state.range(0)));
+    ZspvEchoConfig config{};
+    config.structSize = sizeof config;
+    config.sampleRate = static_cast<std::int32_t>(state.range(0));
+    config.tailMs = static_cast<std::int32_t>(state.range(1));
+    config.suppressor = zspvOn;
+    ZspvEcho* echo = nullptr;
+    if (zspvEchoCreate(&config, &echo) != zspStsNoErr) return state.SkipWithError("no canceller");
+    std::array<std::int16_t, 160> out{};
     for (auto _ : state) {
-        std::copy(signals.far().begin(), signals.far().end(), far.begin());
-        std::copy(signals.mic().begin(), signals.mic().end(), mic.begin());
-        for (std::size_t n = 0; n < signals.far().size(); n += canceller.hop())
-            canceller.process(std::span(far).subspan(n, canceller.hop()),
-                              std::span(mic).subspan(n, canceller.hop()),
-                              std::span(out).subspan(n, canceller.hop()));
+        zspvEchoProcess(echo, signals.far().data(), signals.mic().data(), out.data(),
+                        static_cast<std::int32_t>(signals.far().size()));
         benchmark::DoNotOptimize(out.data());
         benchmark::ClobberMemory();
         signals.next();
     }
+    zspvEchoDestroy(echo);
     setLoad(state);
 }
 BENCHMARK(runOurs)->Name("echoCanceller/zsp")->Args({16000, 128})->Args({8000, 64});
