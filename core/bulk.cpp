@@ -1,6 +1,3 @@
-// Bulk fill and copy: ordinary stores up to 2 MiB and for what fits the cache; beyond that,
-// streaming stores of whole 64-byte blocks between an ordinary head and tail.
-
 #include "core/bulk.hpp"
 
 #include "zspcore.h"

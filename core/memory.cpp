@@ -1,5 +1,3 @@
-// Work arrays from zspMalloc(), whose argument is a size without a sign.
-
 #include "core/memory.hpp"
 
 #include "zspcore.h"

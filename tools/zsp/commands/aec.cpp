@@ -78,12 +78,13 @@ void runAec(const AecOptions& options)
     if (far.rate != mic.rate)
         throw Failure(format("%s is sampled at %d Hz, but %s at %d Hz", options.far.c_str(),
                              far.rate, options.mic.c_str(), mic.rate));
-    const SendPathRun run = runSendPath(far.samples, mic.samples,
-                                        {.echo = {.sampleRate = mic.rate,
-                                                  .tailMs = options.tailMs,
-                                                  .suppressor = options.suppressor},
-                                         .levelControl = options.levelControl},
-                                        "aec");
+    const SendPathRun run =
+        runSendPath(far.samples, mic.samples,
+                    {.echo = {.sampleRate = mic.rate,
+                              .tailMs = options.tailMs,
+                              .suppressor = options.suppressor ? zspvOn : zspvOff},
+                     .levelControl = options.levelControl},
+                    "aec");
     AudioWriter writer(options.output, Container::automatic, Encoding::linear, mic.rate);
     writer.write(run.output);
     writer.commit();

@@ -161,7 +161,9 @@ Outcome runCall(const Scene& scene, const Audio& speech)
                                     .noiseDbfs = scene.noiseDbfs});
     o.run = runSendPath(
         o.call.far, o.call.mic,
-        {.echo = {.sampleRate = scene.rate, .tailMs = scene.tailMs}, .levelControl = true}, "call");
+        {.echo = {.sampleRate = scene.rate, .tailMs = scene.tailMs, .suppressor = zspvOn},
+         .levelControl = true},
+        "call");
     o.sent = o.run.output;
     o.received = codedAndDecoded(o.sent, scene.rate);
     o.farVoice = trackVoice(scene.detector, {o.call.far, scene.rate});

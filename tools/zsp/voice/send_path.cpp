@@ -1,6 +1,7 @@
 #include "tools/zsp/voice/send_path.hpp"
 
 #include "signals/measure.hpp"
+#include "tools/zsp/io/failure.hpp"
 #include "tools/zsp/io/progress.hpp"
 
 #include <algorithm>
@@ -11,7 +12,7 @@ namespace zsp::host {
 
 namespace {
 
-constexpr std::size_t kLateFrames = 2; // of the canceller's output, 20 ms
+constexpr std::int32_t kMaxBins = 33;
 
 double smoothed(double old, double fresh)
 {
@@ -25,10 +26,24 @@ double power(std::span<const std::int16_t> samples)
 
 } // namespace
 
-SendPath::SendPath(const SendPathOptions& options)
-    : rate_(options.echo.sampleRate), canceller_(options.echo), micPowers_(kLateFrames + 1)
+SendPath::SendPath(const SendPathOptions& options) : rate_(options.echo.sampleRate)
 {
-    trace_.bins = canceller_.bins();
+    ZspvEchoConfig config{};
+    config.structSize = sizeof config;
+    config.sampleRate = rate_;
+    config.tailMs = options.echo.tailMs;
+    config.suppressor = options.echo.suppressor;
+    ZspvEcho* echo = nullptr;
+    require(zspvEchoCreate(&config, &echo), "zspvEchoCreate");
+    canceller_.reset(echo);
+    std::int32_t delay = 0, bins = 0;
+    require(zspvEchoGetDelay(echo, &delay), "zspvEchoGetDelay");
+    delay_ = static_cast<std::size_t>(delay);
+    std::array<float, kMaxBins> uncertainty;
+    require(zspvEchoGetUncertainty(echo, uncertainty.data(), kMaxBins, &bins),
+            "zspvEchoGetUncertainty");
+    trace_.bins = static_cast<std::size_t>(bins);
+    metrics_.structSize = sizeof metrics_;
     if (options.levelControl) levelControl_.emplace();
 }
 
@@ -36,7 +51,7 @@ void SendPath::process(std::span<const std::int16_t> far, std::span<const std::i
                        std::span<std::int16_t> cancelled, std::span<std::int16_t> out)
 {
     cancel(far, mic, cancelled);
-    const bool farOnly = onlyFarEndTalks(far, mic, cancelled);
+    const bool farOnly = onlyFarEndTalks(far);
     trace_.farOnly.push_back(farOnly);
     std::copy(cancelled.begin(), cancelled.end(), out.begin());
     if (levelControl_) controlLevel(farOnly, out);
@@ -45,59 +60,43 @@ void SendPath::process(std::span<const std::int16_t> far, std::span<const std::i
 void SendPath::cancel(std::span<const std::int16_t> far, std::span<const std::int16_t> mic,
                       std::span<std::int16_t> out)
 {
-    const std::size_t hop = canceller_.hop();
-    std::vector<float> farHop(hop), micHop(hop), outHop(hop);
-    for (std::size_t n = 0; n < mic.size(); n += hop) {
-        std::copy_n(far.begin() + static_cast<std::ptrdiff_t>(n), hop, farHop.begin());
-        std::copy_n(mic.begin() + static_cast<std::ptrdiff_t>(n), hop, micHop.begin());
-        canceller_.process(farHop, micHop, outHop);
-        std::transform(outHop.begin(), outHop.end(), out.begin() + static_cast<std::ptrdiff_t>(n),
-                       [](float x) {
-                           return static_cast<std::int16_t>(
-                               std::lrintf(std::clamp(x, -32768.0F, 32767.0F)));
-                       });
-        const EchoCancellerStatus& status = canceller_.status();
-        const double seconds = static_cast<double>(hop * ++hops_) / rate_;
-        markTones(status.farTone, status.micTone, status.restarted, seconds);
-    }
-    trace_.adaptFactor.push_back(canceller_.status().adaptFactor);
-    trace_.bypassed.push_back(bypassed_);
-    std::vector<float> uncertainty(trace_.bins);
-    canceller_.uncertainty(uncertainty);
-    for (const float value : uncertainty)
-        trace_.uncertaintyDb.push_back(static_cast<float>(signals::decibels(value)));
+    require(zspvEchoProcess(canceller_.get(), far.data(), mic.data(), out.data(),
+                            static_cast<std::int32_t>(mic.size())),
+            "zspvEchoProcess");
+    ZspvEchoMetrics metrics = metrics_;
+    require(zspvEchoGetMetrics(canceller_.get(), &metrics), "zspvEchoGetMetrics");
+    mark(metrics);
+    metrics_ = metrics;
+    trace_.adaptFactor.push_back(metrics.adaptFactor);
+    trace_.bypassed.push_back(metrics.bypassed != 0);
+    std::array<float, kMaxBins> uncertainty;
+    std::int32_t bins = 0;
+    require(zspvEchoGetUncertainty(canceller_.get(), uncertainty.data(), kMaxBins, &bins),
+            "zspvEchoGetUncertainty");
+    for (std::size_t b = 0; b < trace_.bins; ++b)
+        trace_.uncertaintyDb.push_back(static_cast<float>(signals::decibels(uncertainty[b])));
 }
 
-void SendPath::markTones(bool farTone, bool micTone, bool restarted, double seconds)
+void SendPath::mark(const ZspvEchoMetrics& metrics)
 {
-    const bool bypassed = canceller_.status().bypassed;
-    if (bypassed && !bypassed_)
-        trace_.marks.push_back({seconds, farTone ? "tone from far" : "tone from near"});
-    else if (farTone || micTone)
-        trace_.marks.push_back({seconds, "reversal"});
-    if (!bypassed && bypassed_) trace_.marks.push_back({seconds, "on again"});
-    if (restarted) trace_.marks.push_back({seconds, "restart"});
-    bypassed_ = bypassed;
+    const double seconds = static_cast<double>(metrics.framesProcessed) / 100;
+    if (metrics.bypassed > metrics_.bypassed) trace_.marks.push_back({seconds, "tone"});
+    if (metrics.bypassed < metrics_.bypassed) trace_.marks.push_back({seconds, "on again"});
+    if (metrics.restarts > metrics_.restarts) trace_.marks.push_back({seconds, "restart"});
 }
 
-// The canceller has taken away nearly all of what the microphone heard while the far end talked.
-bool SendPath::onlyFarEndTalks(std::span<const std::int16_t> far, std::span<const std::int16_t> mic,
-                               std::span<const std::int16_t> out)
+bool SendPath::onlyFarEndTalks(std::span<const std::int16_t> far)
 {
     constexpr double kFarTalks = 1e-5; // -50 dBFS
-    constexpr double kNearlyAll = 0.1;
     farPower_ = std::max(power(far), smoothed(farPower_, 0.0));
-    outPower_ = smoothed(outPower_, power(out));
-    std::rotate(micPowers_.begin(), micPowers_.begin() + 1, micPowers_.end());
-    micPowers_.back() = smoothed(micPowers_[kLateFrames - 1], power(mic));
-    return farPower_ > kFarTalks && outPower_ < kNearlyAll * micPowers_.front();
+    return farPower_ > kFarTalks && metrics_.doubleTalk == 0 && metrics_.bypassed == 0;
 }
 
 // Level control must not raise what is left of the echo, nor touch data.
 void SendPath::controlLevel(bool farOnly, std::span<std::int16_t> samples)
 {
     constexpr double kMaxGainDb = 11.6; // the level control's own
-    if (bypassed_) {
+    if (metrics_.bypassed != 0) {
         trace_.gainDb.push_back(0);
         return;
     }

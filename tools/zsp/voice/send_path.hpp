@@ -1,10 +1,12 @@
 // The way from the microphone to the line, 10 ms at a time: echo canceller, then level control.
 #pragma once
 
-#include "tools/zsp/voice/echo_canceller.hpp"
 #include "tools/zsp/voice/level_control.hpp"
 
+#include "zspvoice.h"
+
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -12,8 +14,15 @@
 
 namespace zsp::host {
 
+/// Settings of the echo canceller; what is left out has the library's default.
+struct EchoOptions {
+    int sampleRate = 16000;
+    int tailMs = 0;
+    ZspvSwitch suppressor = zspvDefault;
+};
+
 struct SendPathOptions {
-    EchoCancellerOptions echo;
+    EchoOptions echo;
     bool levelControl = false;
 };
 
@@ -29,7 +38,7 @@ struct SendPathTrace {
     std::vector<float> gainDb;        ///< of the level control; empty without
     std::vector<bool> bypassed;       ///< by the disabling tone
     std::vector<bool> farOnly;        ///< nobody but the far end talks
-    std::vector<Mark> marks;          ///< tones, reversals and restarts
+    std::vector<Mark> marks;          ///< tones, their end, and restarts
 };
 
 class SendPath {
@@ -38,7 +47,7 @@ class SendPath {
 
     [[nodiscard]] std::size_t frame() const { return static_cast<std::size_t>(rate_) / 100; }
     /// Samples by which the output is late.
-    [[nodiscard]] std::size_t delay() const { return canceller_.delay(); }
+    [[nodiscard]] std::size_t delay() const { return delay_; }
 
     /// One frame of 10 ms each; `cancelled` is the output before the level control.
     void process(std::span<const std::int16_t> far, std::span<const std::int16_t> mic,
@@ -47,22 +56,23 @@ class SendPath {
     [[nodiscard]] const SendPathTrace& trace() const { return trace_; }
 
   private:
+    struct Deleter {
+        void operator()(ZspvEcho* echo) const { zspvEchoDestroy(echo); }
+    };
+
     void cancel(std::span<const std::int16_t> far, std::span<const std::int16_t> mic,
                 std::span<std::int16_t> out);
-    void markTones(bool farTone, bool micTone, bool restarted, double seconds);
-    [[nodiscard]] bool onlyFarEndTalks(std::span<const std::int16_t> far,
-                                       std::span<const std::int16_t> mic,
-                                       std::span<const std::int16_t> out);
+    void mark(const ZspvEchoMetrics& metrics);
+    [[nodiscard]] bool onlyFarEndTalks(std::span<const std::int16_t> far);
     void controlLevel(bool farOnly, std::span<std::int16_t> samples);
 
     int rate_;
-    EchoCanceller canceller_;
+    std::unique_ptr<ZspvEcho, Deleter> canceller_;
+    std::size_t delay_ = 0;
     std::optional<LevelControl> levelControl_;
     SendPathTrace trace_;
-    std::size_t hops_ = 0;
-    bool bypassed_ = false;
-    double farPower_ = 0, outPower_ = 0;
-    std::vector<double> micPowers_; // of the last frames, smoothed; the output is two frames late
+    ZspvEchoMetrics metrics_{}; // after the last frame
+    double farPower_ = 0;
 };
 
 /// A whole signal; the outputs are as long as `mic` and in time with it. A far end that is shorter
