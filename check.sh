@@ -16,8 +16,12 @@ cd "$(dirname "${BASH_SOURCE[0]}")"
 . cmake/packages.sh
 install_packages "${library_packages[@]}" "${tool_packages[@]}" "${check_packages[@]}"
 
+# Layout, and a first line that begins to say what the file is for.
 check_format() {
     git ls-files '*.cpp' '*.hpp' '*.h' '*.c' | xargs clang-format --dry-run --Werror
+    git ls-files '*.cpp' '*.hpp' ':!tools' | xargs awk '
+        FNR == 1 && !/^\/[\/*]/ { print FILENAME ": no opening comment"; bad = 1 }
+        END { exit bad }'
 }
 
 check_release() {

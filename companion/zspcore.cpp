@@ -1,3 +1,5 @@
+// What the library asks of its companion: processor features, cache size, aligned memory.
+
 #include "zspcore.h"
 
 #include <cpuid.h>

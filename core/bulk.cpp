@@ -1,3 +1,6 @@
+// Bulk zero-fill and copy: the C library's up to 2 MiB, streaming stores where the area is larger
+// than the data cache.
+
 #include "core/bulk.hpp"
 
 #include "zspcore.h"

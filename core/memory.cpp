@@ -1,3 +1,5 @@
+// Temporary work arrays, allocated by the companion library.
+
 #include "core/memory.hpp"
 
 #include "zspcore.h"

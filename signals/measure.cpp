@@ -1,3 +1,5 @@
+// Levels and ratios of signals in decibels.
+
 #include "signals/measure.hpp"
 
 #include <algorithm>

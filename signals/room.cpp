@@ -1,3 +1,5 @@
+// Simulated rooms, hybrids and calls: decaying noise as an impulse response, and what comes of it.
+
 #include "signals/room.hpp"
 
 #include <algorithm>

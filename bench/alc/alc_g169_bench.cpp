@@ -1,3 +1,5 @@
+// One frame of 20 ms through the level control.
+
 #include "alc/alc_g169.hpp"
 #include "alc/alc_g169_rule.hpp"
 #include "bench/support/pool.hpp"

@@ -1,3 +1,5 @@
+// The plain loops, written as one would without a thought of vectors.
+
 #include "bench/support/plain.hpp"
 
 namespace zsp::bench::plain {

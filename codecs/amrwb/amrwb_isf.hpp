@@ -1,3 +1,5 @@
+// Immittance spectral frequencies of AMR-WB: conversion to pairs and back, and the quantiser of
+// comfort noise.
 #pragma once
 
 #include "codecs/amrwb/amrwb_isf_tables.hpp"

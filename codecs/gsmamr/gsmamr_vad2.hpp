@@ -1,3 +1,4 @@
+// The GSM-AMR voice activity detector, option 2: a frame of 20 ms in two halves.
 #pragma once
 
 #include "codecs/gsmamr/gsmamr_vad2_channels.hpp"

@@ -1,3 +1,4 @@
+// Autocorrelation, correlation and convolution of words.
 #pragma once
 
 #include "core/spans.hpp"

@@ -1,3 +1,4 @@
+// Energies of words, saturated and exact.
 #pragma once
 
 #include "core/fixed_point.hpp"

@@ -1,3 +1,4 @@
+// Searches for the lag of the largest correlation.
 #pragma once
 
 #include "core/spans.hpp"

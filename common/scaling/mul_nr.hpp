@@ -1,3 +1,4 @@
+// Rounded and shifted products of words.
 #pragma once
 
 #include "core/spans.hpp"

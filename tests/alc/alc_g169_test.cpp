@@ -1,3 +1,5 @@
+// The level control against a model's records, and what it promises about speech, bursts and peaks.
+
 #include "alc/alc_g169.hpp"
 #include "alc/alc_g169_rule.hpp"
 

@@ -1,3 +1,5 @@
+// The companion's answer about this processor.
+
 #include "zspcore.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// Fill and copy around the limits of their ways, with a cache of any size.
+
 #include "core/bulk.hpp"
 
 #include "zspcore.h"

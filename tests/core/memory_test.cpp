@@ -1,3 +1,5 @@
+// Work arrays: counts, alignment, and memory that can be written to its end.
+
 #include "core/memory.hpp"
 
 #include "zspcore.h"

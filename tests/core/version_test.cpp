@@ -1,3 +1,5 @@
+// The version record, which stays as it is.
+
 #include "zspsc.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// The update of a canceller's taps: AVX2 against the definition, and its direction.
+
 #include "ec/subband_filter.hpp"
 
 #include "tests/support/contract.hpp"

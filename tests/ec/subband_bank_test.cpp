@@ -1,3 +1,5 @@
+// The sub-band filter bank: against the transform, and from frame to frame.
+
 #include "ec/subband_fold.hpp"
 
 #include "tests/ec/subband_bank.hpp"

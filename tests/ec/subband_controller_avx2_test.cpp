@@ -1,3 +1,5 @@
+// The controller's AVX2 forms against their definitions.
+
 #include "tests/ec/subband_controller.hpp"
 
 #include "tests/support/vectors.hpp"

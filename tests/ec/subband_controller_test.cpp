@@ -1,3 +1,5 @@
+// The sub-band controller: start, step sizes, powers, saving and restoring of filters.
+
 #include "tests/ec/subband_controller.hpp"
 
 #include "tests/support/contract.hpp"

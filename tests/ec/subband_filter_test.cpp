@@ -1,3 +1,5 @@
+// Both filters of a canceller: AVX2 against the definition, and the formulas.
+
 #include "ec/subband_filter.hpp"
 
 #include "tests/support/contract.hpp"

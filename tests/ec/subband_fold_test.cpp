@@ -1,3 +1,5 @@
+// The loops over the window: AVX2 against the definitions, and saturation.
+
 #include "ec/subband_fold.hpp"
 
 #include "tests/ec/subband_bank.hpp"

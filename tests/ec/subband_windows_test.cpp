@@ -1,3 +1,5 @@
+// The built-in windows: which they are, and that they reconstruct.
+
 #include "ec/subband_windows.hpp"
 
 #include "tests/ec/subband_bank.hpp"

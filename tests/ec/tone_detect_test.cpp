@@ -1,3 +1,5 @@
+// The disabling-tone detector: what is a tone with reversals, and what is not.
+
 #include "core/state.hpp"
 #include "ec/tone_detect.hpp"
 

@@ -1,3 +1,5 @@
+// Calls that look at the processor afterwards.
+
 #include "tests/support/checked_call.hpp"
 
 #include <array>

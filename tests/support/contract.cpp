@@ -1,3 +1,5 @@
+// Runs the rows of a contract, and keeps the list of all contracts.
+
 #include "tests/support/contract.hpp"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// The two conversions of sixteen immittance spectral frequencies.
+
 #include "bench/support/isf.hpp"
 #include "bench/support/versions.hpp"
 

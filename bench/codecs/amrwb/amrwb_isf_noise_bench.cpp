@@ -1,3 +1,5 @@
+// The comfort-noise quantiser of AMR-WB and its decoder.
+
 #include "bench/support/isf.hpp"
 #include "bench/support/versions.hpp"
 

@@ -1,3 +1,5 @@
+// One frame of 20 ms through the voice activity detector of AMR-WB.
+
 #include "bench/support/pool.hpp"
 #include "bench/support/versions.hpp"
 #include "codecs/amrwb/amrwb_vad.hpp"

@@ -1,3 +1,5 @@
+// What a frame costs the DTX handler and the comfort-noise histories.
+
 #include "bench/support/pool.hpp"
 #include "bench/support/versions.hpp"
 #include "codecs/gsmamr/gsmamr_dtx.hpp"

@@ -1,3 +1,5 @@
+// Pre-emphasis of half a frame and of a whole one.
+
 #include "bench/support/pool.hpp"
 #include "bench/support/versions.hpp"
 #include "codecs/gsmamr/gsmamr_preemphasis.hpp"

@@ -1,3 +1,5 @@
+// One frame of 20 ms through the voice activity detector of GSM-AMR, option 1.
+
 #include "bench/support/pool.hpp"
 #include "bench/support/versions.hpp"
 #include "codecs/gsmamr/gsmamr_vad1.hpp"

@@ -1,3 +1,5 @@
+// The 128-point FFT of words of the second GSM-AMR detector.
+
 #include "bench/support/pool.hpp"
 #include "bench/support/versions.hpp"
 #include "codecs/gsmamr/gsmamr_vad2_fft.hpp"

@@ -1,3 +1,5 @@
+// The energy of a subframe and of a window.
+
 #include "bench/support/plain.hpp"
 #include "bench/support/pool.hpp"
 #include "bench/support/versions.hpp"

@@ -1,3 +1,5 @@
+// Pre-emphasis of a frame of floats.
+
 #include "bench/support/plain.hpp"
 #include "bench/support/versions.hpp"
 #include "common/filter/preemphasis.hpp"

@@ -1,3 +1,5 @@
+// Inverse square roots of a vector of longs.
+
 #include "bench/support/plain.hpp"
 #include "bench/support/pool.hpp"
 #include "bench/support/versions.hpp"

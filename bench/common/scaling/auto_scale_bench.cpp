@@ -1,3 +1,5 @@
+// Block scaling, whose definition the compiler vectorises: beside a plain loop.
+
 #include "bench/support/plain.hpp"
 #include "bench/support/pool.hpp"
 #include "bench/support/versions.hpp"

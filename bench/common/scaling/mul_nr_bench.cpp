@@ -1,3 +1,5 @@
+// Rounded products of subframes and frames.
+
 #include "bench/support/pool.hpp"
 #include "bench/support/versions.hpp"
 #include "common/scaling/mul_nr.hpp"

@@ -1,3 +1,5 @@
+// The comfort-noise quantiser of AMR-WB: vectors, and AVX2 against the definition.
+
 #include "codecs/amrwb/amrwb_isf.hpp"
 
 #include "tests/support/contract.hpp"

@@ -1,3 +1,5 @@
+// The conversions of AMR-WB: vectors, every value of a pair, and the cosine they stand for.
+
 #include "codecs/amrwb/amrwb_isf.hpp"
 
 #include "tests/support/contract.hpp"

@@ -1,3 +1,5 @@
+// The detector of AMR-WB: vectors with whole records, and what vectors do not reach.
+
 #include "codecs/amrwb/amrwb_vad.hpp"
 
 #include "tests/support/contract.hpp"

@@ -1,3 +1,5 @@
+// G.711 over all samples and all code words, and AVX2 against the definition.
+
 #include "codecs/g711/g711_pcm.hpp"
 
 #include "tests/support/contract.hpp"

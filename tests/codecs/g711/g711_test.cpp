@@ -1,3 +1,5 @@
+// Both laws of G.711 one code word at a time: values, order, neighbours, and the way back.
+
 #include "codecs/g711/g711.hpp"
 
 #include "tests/support/vectors.hpp"

@@ -1,3 +1,6 @@
+// The sub-band coder of G.722: vectors in every split, modes, state update, and AVX2 against the
+// definition.
+
 #include "codecs/g722/g722_adpcm.hpp"
 
 #include "core/state.hpp"

@@ -1,3 +1,5 @@
+// The filters of G.722: vectors in every split, and AVX2 against the definitions.
+
 #include "codecs/g722/g722_qmf.hpp"
 
 #include "tests/support/g722_runs.hpp"

@@ -1,3 +1,6 @@
+// G.726: the sequences of the Recommendation in every split, the record, and AVX2 against the
+// definition.
+
 #include "codecs/g726/g726_adpcm.hpp"
 #include "zspsc.h"
 

@@ -1,3 +1,5 @@
+// The high-pass filter of G.729: vectors, and a model for any coefficients.
+
 #include "tests/support/contract.hpp"
 #include "tests/support/samples.hpp"
 #include "tests/support/vectors.hpp"

@@ -1,3 +1,5 @@
+// The conversion of line spectral pairs to frequencies of G.729: vectors and known frequencies.
+
 #include "tests/support/contract.hpp"
 #include "tests/support/vectors.hpp"
 

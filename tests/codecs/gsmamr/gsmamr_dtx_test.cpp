@@ -1,3 +1,5 @@
+// The DTX handler of GSM-AMR and its histories: vectors, and the cases they do not reach.
+
 #include "tests/support/contract.hpp"
 #include "tests/support/vectors.hpp"
 

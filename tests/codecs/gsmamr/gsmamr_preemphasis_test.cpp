@@ -1,3 +1,5 @@
+// Pre-emphasis of GSM-AMR: AVX2 against the definition, apart and in place.
+
 #include "codecs/gsmamr/gsmamr_preemphasis.hpp"
 
 #include "tests/support/contract.hpp"

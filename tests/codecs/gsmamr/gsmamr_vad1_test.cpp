@@ -1,3 +1,5 @@
+// The first detector of GSM-AMR: vectors with whole records, and AVX2 against the definition.
+
 #include "codecs/gsmamr/gsmamr_vad1.hpp"
 
 #include "tests/support/contract.hpp"

@@ -1,3 +1,5 @@
+// The channels of the second GSM-AMR detector on spectra louder than its own.
+
 #include "codecs/gsmamr/gsmamr_vad2_channels.hpp"
 
 #include "tests/support/samples.hpp"

@@ -1,3 +1,5 @@
+// The FFT of the second GSM-AMR detector: AVX2 against the definition, and the transform itself.
+
 #include "codecs/gsmamr/gsmamr_vad2_fft.hpp"
 
 #include "tests/support/contract.hpp"

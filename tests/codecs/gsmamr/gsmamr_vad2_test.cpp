@@ -1,3 +1,5 @@
+// The second detector of GSM-AMR: vectors with whole records, and any record whatever.
+
 #include "codecs/gsmamr/gsmamr_vad2.hpp"
 
 #include "tests/support/contract.hpp"

@@ -1,3 +1,5 @@
+// Correlation and convolution: known blocks, and AVX2 against the definitions.
+
 #include "common/correlation/correlation.hpp"
 
 #include "tests/support/contract.hpp"

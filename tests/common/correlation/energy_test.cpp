@@ -1,3 +1,5 @@
+// Energies: AVX2 against the definition, and full scale.
+
 #include "common/correlation/energy.hpp"
 
 #include "tests/support/samples.hpp"

@@ -1,3 +1,5 @@
+// Lag searches: which of equal maxima wins, sums that wrap, and AVX2 against the definitions.
+
 #include "common/correlation/lag_search.hpp"
 
 #include "tests/support/contract.hpp"

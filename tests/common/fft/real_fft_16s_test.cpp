@@ -1,3 +1,5 @@
+// The FFT of words: one rounding of the float transform, within a bound of the exact one.
+
 #include "common/fft/real_fft_16s.hpp"
 #include "core/state.hpp"
 

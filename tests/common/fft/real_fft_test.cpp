@@ -1,3 +1,5 @@
+// The real FFT against its definition, and the definition against what needs no transform.
+
 #include "common/fft/real_fft.hpp"
 #include "core/state.hpp"
 

@@ -1,3 +1,5 @@
+// Pre-emphasis of floats: a known block, and AVX2 against the definition.
+
 #include "common/filter/preemphasis.hpp"
 
 #include "tests/support/contract.hpp"

@@ -1,3 +1,5 @@
+// The inverse square root: vectors, and AVX2 against the definition.
+
 #include "common/math/inv_sqrt.hpp"
 
 #include "tests/support/contract.hpp"

@@ -1,3 +1,5 @@
+// Logarithm and power of the fixed-point codes against the functions of libm.
+
 #include "common/math/log2_pow2.hpp"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// Block scaling of known blocks, apart and in place.
+
 #include "common/scaling/auto_scale.hpp"
 
 #include "tests/support/contract.hpp"

@@ -1,3 +1,5 @@
+// Rounded products: known ones, and AVX2 against the definition.
+
 #include "common/scaling/mul_nr.hpp"
 
 #include "tests/support/contract.hpp"
