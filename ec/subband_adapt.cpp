@@ -52,12 +52,8 @@ struct Eight {
     static constexpr std::size_t kBins = 8;
 
     static Vector all(float v) noexcept { return _mm256_set1_ps(v); }
-    static Vector inOrder(Vector v) noexcept
-    {
-        return _mm256_castpd_ps(_mm256_permute4x64_pd(_mm256_castps_pd(v), 0xd8));
-    }
-    static Vector load(const float* p) noexcept { return inOrder(avx2::load(p)); }
-    static void store(float* p, Vector v) noexcept { avx2::store(p, inOrder(v)); }
+    static Vector load(const float* p) noexcept { return avx2::swapMiddle(avx2::load(p)); }
+    static void store(float* p, Vector v) noexcept { avx2::store(p, avx2::swapMiddle(v)); }
     static void load(const Zsp32fc* p, Vector& re, Vector& im) noexcept
     {
         const __m256 low = avx2::load(&p[0].re), high = avx2::load(&p[4].re);

@@ -11,16 +11,11 @@ namespace zsp::ec {
 namespace {
 
 // Eight bins at a time. The powers of eight complex values leave vhaddps in the order
-// 0 1 4 5 2 3 6 7; inOrder() puts them right, once per sum.
+// 0 1 4 5 2 3 6 7; avx2::swapMiddle() puts them right, once per sum.
 __m256 powers(const Zsp32fc* v) noexcept
 {
     const __m256 low = avx2::load(&v[0].re), high = avx2::load(&v[4].re);
     return _mm256_hadd_ps(_mm256_mul_ps(low, low), _mm256_mul_ps(high, high));
-}
-
-__m256 inOrder(__m256 v) noexcept
-{
-    return _mm256_castpd_ps(_mm256_permute4x64_pd(_mm256_castps_pd(v), 0xd8));
 }
 
 __m256 smooth(float alpha, __m256 value, __m256 next) noexcept
@@ -66,12 +61,13 @@ void stepSizesAvx2(const StepRule& rule, SubbandVector newest, SubbandVector old
     const __m256 minStep = _mm256_set1_ps(rule.minStep);
     std::size_t k = 0;
     for (; k + 8 <= inputPower.size(); k += 8) {
-        const __m256 full = _mm256_add_ps(avx2::load(&inputPower[k]), inOrder(powers(&newest[k])));
+        const __m256 full =
+            _mm256_add_ps(avx2::load(&inputPower[k]), avx2::swapMiddle(powers(&newest[k])));
         const __m256 step = _mm256_blendv_ps(minStep, _mm256_div_ps(mu, full),
                                              _mm256_cmp_ps(full, threshold, _CMP_GT_OQ));
         _mm256_storeu_pd(&stepSize[k], _mm256_cvtps_pd(_mm256_castps256_ps128(step)));
         _mm256_storeu_pd(&stepSize[k + 4], _mm256_cvtps_pd(_mm256_extractf128_ps(step, 1)));
-        const __m256 left = _mm256_sub_ps(full, inOrder(powers(&oldest[k])));
+        const __m256 left = _mm256_sub_ps(full, avx2::swapMiddle(powers(&oldest[k])));
         avx2::store(&inputPower[k], _mm256_max_ps(left, _mm256_setzero_ps()));
     }
     stepSizesScalar(rule, newest.subspan(k), oldest.subspan(k), inputPower.subspan(k),
@@ -89,16 +85,16 @@ ErrorSums compareFiltersAvx2(ControllerState& s, const FilterPair& filters) noex
         __m256 coefs = _mm256_setzero_ps();
         for (std::size_t t = 0; t < numTaps; ++t)
             coefs = _mm256_add_ps(coefs, powers(&filters.adaptCoefs[t][k]));
-        coefs = inOrder(coefs);
+        coefs = avx2::swapMiddle(coefs);
 
         const __m256 oldCoefs = avx2::load(&s.coefPower[k]);
         const __m256 change = _mm256_andnot_ps(sign, _mm256_sub_ps(oldCoefs, coefs));
         const __m256 newCoefs = smooth(s.alpha9, oldCoefs, coefs);
         avx2::store(&s.coefPower[k], newCoefs);
         __m256 fixedErr = smooth(s.alpha15, avx2::load(&s.fixedErrPower[k]),
-                                 inOrder(powers(&filters.fixedErr[k])));
+                                 avx2::swapMiddle(powers(&filters.fixedErr[k])));
         __m256 adaptErr = smooth(s.alpha15, avx2::load(&s.adaptErrPower[k]),
-                                 inOrder(powers(&filters.adaptErr[k])));
+                                 avx2::swapMiddle(powers(&filters.adaptErr[k])));
 
         const __m256 settled =
             _mm256_cmp_ps(change, _mm256_mul_ps(_mm256_set1_ps(0.1F), newCoefs), _CMP_LT_OQ);

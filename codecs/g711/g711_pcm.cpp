@@ -138,8 +138,7 @@ std::size_t encodeBlocks(In16 samples, Out8 codes, Compress compress) noexcept
     for (; i + 32 <= samples.size(); i += 32) {
         const __m256i low = compress(avx2::load(&samples[i]));
         const __m256i high = compress(avx2::load(&samples[i + 16]));
-        avx2::store(&codes[i], _mm256_permute4x64_epi64(_mm256_packus_epi16(low, high),
-                                                        0xd8)); // lanes in order
+        avx2::store(&codes[i], avx2::swapMiddle(_mm256_packus_epi16(low, high)));
     }
     return i;
 }
