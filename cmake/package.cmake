@@ -1,5 +1,6 @@
-# Debian packages: libzspsc8 (the shared libraries), libzspsc-dev (headers, static libraries, CMake
-# package, pkg-config file) and zsp (the command-line host).
+# Debian packages: libzspsc8 (the blocks and their companion), libzspvoice1 (whole voice functions),
+# libzspsc-dev (headers, static libraries, CMake package and pkg-config files of both: one package,
+# as they share the export set) and zsp (the command-line host and the plug-ins).
 #   cpack -G DEB --config build/package/CPackConfig.cmake
 set(CPACK_GENERATOR DEB TGZ)
 set(CPACK_PACKAGE_NAME zspsc)
@@ -18,7 +19,7 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/lib)
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 
-set(CPACK_COMPONENTS_ALL runtime dev)
+set(CPACK_COMPONENTS_ALL runtime voice dev)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libzspsc${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/triggers)
@@ -29,24 +30,38 @@ and ISF quantisation, correlation primitives, sub-band echo cancellation, tone
 detection and level control behind a plain C interface.
 This package holds the shared libraries.")
 
+set(blocks_package "${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME} (= ${PROJECT_VERSION}-1)")
+
+set(CPACK_DEBIAN_VOICE_PACKAGE_NAME libzspvoice${ZSPVOICE_SOVERSION})
+set(CPACK_DEBIAN_VOICE_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_VOICE_PACKAGE_DEPENDS "${blocks_package}")
+set(CPACK_DEBIAN_VOICE_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/triggers)
+set(CPACK_COMPONENT_VOICE_DESCRIPTION
+"Whole voice functions for telephony and conferencing: codecs with concealment,
+RTP payloads and format parameters, comfort noise, echo cancellation and voice
+activity detection behind a plain C interface.
+This package holds the shared library.")
+set(voice_package "${CPACK_DEBIAN_VOICE_PACKAGE_NAME} (= ${PROJECT_VERSION}-1)")
+
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME libzspsc-dev)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME} (= ${PROJECT_VERSION}-1)")
+set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "${blocks_package}, ${voice_package}")
 set(CPACK_COMPONENT_DEV_DESCRIPTION
-"Headers, static libraries, CMake package and pkg-config file of the zspsc
-speech-coding library.")
+"Headers, static libraries, CMake package and pkg-config files of the zspsc
+speech-coding library and of zspvoice, the whole voice functions built on it.")
 
 if(TARGET zsp)
     list(APPEND CPACK_COMPONENTS_ALL tool)
     set(CPACK_DEBIAN_TOOL_PACKAGE_NAME zsp)
     set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION sound)
-    set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME} (= ${PROJECT_VERSION}-1)")
+    set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "${blocks_package}, ${voice_package}")
     set(CPACK_COMPONENT_TOOL_DESCRIPTION
 "Codes, detects, levels and cancels echo in audio files with the zspsc
-speech-coding library, and writes reports about it.")
+speech-coding library, and writes reports about it. With plug-ins for programs
+that load LADSPA.")
 endif()
 
-foreach(part runtime dev tool)
+foreach(part runtime voice dev tool)
     string(TOUPPER ${part} upper)
     set(name ${CPACK_DEBIAN_${upper}_PACKAGE_NAME})
     if(name)

@@ -1,4 +1,4 @@
-// What the library asks of its companion: processor features, cache size, aligned memory.
+// Processor features and cache size from CPUID, and aligned memory from the C library.
 
 #include "zspcore.h"
 
@@ -22,7 +22,7 @@ struct Registers {
 Registers cpuid(std::uint32_t leaf, std::uint32_t subleaf) noexcept
 {
     Registers r;
-    if (__get_cpuid_max(leaf & 0x8000'0000u, nullptr) >= leaf)
+    if (static_cast<std::uint32_t>(__get_cpuid_max(leaf & 0x8000'0000u, nullptr)) >= leaf)
         __cpuid_count(leaf, subleaf, r.eax, r.ebx, r.ecx, r.edx);
     return r;
 }

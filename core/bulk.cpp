@@ -1,5 +1,5 @@
-// Bulk zero-fill and copy: the C library's up to 2 MiB, streaming stores where the area is larger
-// than the data cache.
+// Bulk fill and copy: ordinary stores up to 2 MiB and for what fits the cache; beyond that,
+// streaming stores of whole 64-byte blocks between an ordinary head and tail.
 
 #include "core/bulk.hpp"
 

@@ -1,7 +1,7 @@
 // The load routine: asks the companion library for the processor features once, at process attach.
 //
-// The flag is a record for whoever looks at the process with a debugger. Nothing reads it, hence
-// volatile, and loading succeeds whatever the mask says.
+// The flag is a record for somebody who inspects the process with a debugger. The library itself
+// never reads it, which is why it is volatile. Loading succeeds whatever the mask says.
 
 #include "zspcore.h"
 

@@ -1,4 +1,4 @@
-// Temporary work arrays, allocated by the companion library.
+// Work arrays from zspMalloc(), whose argument is a size without a sign.
 
 #include "core/memory.hpp"
 

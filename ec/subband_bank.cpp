@@ -62,8 +62,8 @@ constexpr std::int64_t roundUp16(std::int64_t bytes) noexcept
     return (bytes + 15) & ~std::int64_t{15};
 }
 
-/// The delay line moves on by one hop a frame in room for this many further samples, and only at
-/// its end goes back to the beginning.
+/// Instead of being shifted in every frame, the delay line moves on by one hop. It has room for
+/// this many further samples, and is copied back to the beginning when it reaches the end.
 constexpr std::int64_t spareSamples(std::int64_t fftLen) noexcept
 {
     return 4 * fftLen;
@@ -77,8 +77,8 @@ std::int64_t planSize(std::int32_t order) noexcept
     return common::realFftPlanSize(order) + spare * std::int64_t{sizeof(Sample)};
 }
 
-// Record, alignment of the state and of the work buffer to 16 bytes, and the areas. The plan's and
-// the transform's sizes have room for the alignment to 64 bytes that the areas get in fact.
+// Room for the record, the areas, and aligning state and work buffer to 16 bytes. The sizes of the
+// plan and of the transform's work area include aligning the areas to 64 bytes.
 
 Sizes sizesOf(const State32f*, std::int32_t order, std::int64_t windowLen) noexcept
 {
@@ -116,7 +116,7 @@ constexpr bool isBuiltIn(std::int32_t order, std::int32_t frameSize,
            (order == 6 && frameSize == 44 && windowLen == 256);
 }
 
-/// All the places that the delay line moves through.
+/// The whole room that the delay line moves through.
 template <typename State>
 std::span<typename State::Sample> delayRoom(const State& s) noexcept
 {
@@ -182,7 +182,7 @@ struct Frame {
     {
     }
 
-    /// Lets the oldest samples go and gives the delay line with a new frame's room at its end.
+    /// Drops the oldest samples and returns the delay line with room for a new frame at its end.
     std::span<Sample> advance() const noexcept
     {
         const std::span<Sample> room = delayRoom(s);

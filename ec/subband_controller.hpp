@@ -44,8 +44,8 @@ struct StepRule {
     float minStep;
 };
 
-/// The definition of the step sizes. `inputPower` takes the newest vector in before the step and
-/// lets the oldest one go after it.
+/// The definition of the step sizes. The newest vector is added to `inputPower` before the step is
+/// taken from it, and the oldest one is subtracted afterwards.
 void stepSizesScalar(const StepRule& rule, SubbandVector newest, SubbandVector oldest,
                      OutF inputPower, std::span<double> stepSize) noexcept;
 

@@ -21,7 +21,7 @@ void overlapAddScalar(InF time, InF window, OutF delay) noexcept;
 void overlapAddAvx2(InF time, InF window, OutF delay) noexcept;
 
 /// The fold of words with a window in Q13. Each product is rounded, (d w + 4096) >> 13, and may
-/// exceed a word by itself; the sum saturates to a word at each addition, and stands in 32 bits.
+/// be larger than a word; the sum saturates to a word at each addition and is stored in 32 bits.
 void foldScalar(In16 delay, In16 window_Q13, Out32 fold) noexcept;
 
 /// Equal to its definition in every result.

@@ -1,4 +1,4 @@
-// State of the disabling-tone detector.
+// State and kernels of the disabling-tone detector.
 #pragma once
 
 #include "core/spans.hpp"
@@ -23,5 +23,11 @@ struct ToneDetectState {
     std::int32_t reversals = 0; // phase reversals so far
 };
 static_assert(sizeof(ToneDetectState) == 64 && std::is_trivially_copyable_v<ToneDetectState>);
+
+/// The definition. Whether the second or a later reversal came in this block.
+bool toneDetectScalar(ToneDetectState& state, InF src) noexcept;
+
+/// Equal to toneDetectScalar in result and state, but for the bits of what is not a number.
+bool toneDetectAvx2(ToneDetectState& state, InF src) noexcept;
 
 } // namespace zsp::ec

@@ -52,6 +52,7 @@
 
 #include <stdint.h>
 
+/** Marks what the library exports. */
 #if defined(__GNUC__) && !defined(_WIN32)
 #define ZSPV_API __attribute__((visibility("default")))
 #else
@@ -75,10 +76,19 @@ extern "C" {
  * @{
  */
 
-/** Version of the library: major * 10000 + minor * 100 + patch. */
+/**
+ * Version of the library.
+ *
+ * @return major * 10000 + minor * 100 + patch
+ */
 ZSPV_API int32_t zspvGetVersion(void);
 
-/** One English sentence for a status of this library, never null. */
+/**
+ * What a status means.
+ *
+ * @param status  any value
+ * @return one English sentence, never null
+ */
 ZSPV_API const char* zspvStatusText(ZspStatus status);
 
 /** @} */
@@ -125,7 +135,11 @@ typedef struct ZspvCodec {
     const int32_t* bitRates; /**< bit/s, the default first */
 } ZspvCodec;
 
-/** Number of codecs. */
+/**
+ * Number of codecs.
+ *
+ * @return rows of the table
+ */
 ZSPV_API int32_t zspvCodecCount(void);
 
 /**
@@ -148,6 +162,7 @@ ZSPV_API const ZspvCodec* zspvCodecByName(const char* rtpName, int32_t rtpClock)
 /**
  * A codec by its static RTP payload type, RFC 3551.
  *
+ * @param payloadType  0 to 127
  * @return null if there is none
  */
 ZSPV_API const ZspvCodec* zspvCodecByPayloadType(int32_t payloadType);
@@ -155,6 +170,8 @@ ZSPV_API const ZspvCodec* zspvCodecByPayloadType(int32_t payloadType);
 /**
  * RTP timestamp ticks of a number of samples: samples * rtpClock / sampleRate.
  *
+ * @param[in] codec    a record of this library
+ * @param     samples  at least 0
  * @return -1 if codec is null or samples is negative
  */
 ZSPV_API int64_t zspvCodecTicks(const ZspvCodec* codec, int64_t samples);
@@ -321,10 +338,19 @@ ZSPV_API ZspStatus zspvEncoderInit(void* memory, int32_t capacity, const ZspvCod
 ZSPV_API ZspStatus zspvEncoderCreate(const ZspvCodec* codec, const ZspvParams* params,
                                      ZspvEncoder** encoder);
 
-/** Free what zspvEncoderCreate() made; null is allowed. */
+/**
+ * Free what zspvEncoderCreate() made.
+ *
+ * @param[in] encoder  an encoder; may be null
+ */
 ZSPV_API void zspvEncoderDestroy(ZspvEncoder* encoder);
 
-/** Start again with the settings in force. -8 if encoder is null. */
+/**
+ * Start again with the settings in force.
+ *
+ * @param[in,out] encoder  an encoder
+ * @retval zspStsNullPtrErr  encoder is null
+ */
 ZSPV_API ZspStatus zspvEncoderReset(ZspvEncoder* encoder);
 
 /**
@@ -350,29 +376,56 @@ ZSPV_API ZspStatus zspvEncode(ZspvEncoder* encoder, const int16_t* samples, int3
 /**
  * Change the bit rate from the next frame on.
  *
+ * @param[in,out] encoder  an encoder
+ * @param         bitRate  bit/s
  * @retval zspStsNullPtrErr  encoder is null
  * @retval zspStsRangeErr    bitRate is none of the codec's
  */
 ZSPV_API ZspStatus zspvEncoderSetBitRate(ZspvEncoder* encoder, int32_t bitRate);
 
-/** The bit rate of the next frame in bit/s. -8 if an argument is null. */
+/**
+ * The bit rate of the next frame.
+ *
+ * @param[in]  encoder  an encoder
+ * @param[out] bitRate  bit/s
+ * @retval zspStsNullPtrErr  an argument is null
+ */
 ZSPV_API ZspStatus zspvEncoderGetBitRate(const ZspvEncoder* encoder, int32_t* bitRate);
 
 /**
  * Switch discontinuous transmission from the next frame on.
  *
+ * @param[in,out] encoder  an encoder
+ * @param         dtx      nonzero for on
  * @retval zspStsNullPtrErr  encoder is null
  * @retval zspStsRangeErr    dtx is nonzero and the codec has none
  */
 ZSPV_API ZspStatus zspvEncoderSetDtx(ZspvEncoder* encoder, int32_t dtx);
 
-/** Whether discontinuous transmission is on, 1 or 0. -8 if an argument is null. */
+/**
+ * Whether discontinuous transmission is on.
+ *
+ * @param[in]  encoder  an encoder
+ * @param[out] dtx      1 or 0
+ * @retval zspStsNullPtrErr  an argument is null
+ */
 ZSPV_API ZspStatus zspvEncoderGetDtx(const ZspvEncoder* encoder, int32_t* dtx);
 
-/** Whether the last frame was active speech, 1 or 0; 1 without a detector. -8 on null. */
+/**
+ * Whether the last frame was active speech.
+ *
+ * @param[in]  encoder  an encoder
+ * @param[out] active   1 or 0; 1 without a detector
+ * @retval zspStsNullPtrErr  an argument is null
+ */
 ZSPV_API ZspStatus zspvEncoderGetActivity(const ZspvEncoder* encoder, int32_t* active);
 
-/** The record that the encoder was built with; null for null. */
+/**
+ * The codec of an encoder.
+ *
+ * @param[in] encoder  an encoder
+ * @return the record that it was built with; null for null
+ */
 ZSPV_API const ZspvCodec* zspvEncoderGetCodec(const ZspvEncoder* encoder);
 
 /** @} */
@@ -391,22 +444,61 @@ ZSPV_API const ZspvCodec* zspvEncoderGetCodec(const ZspvEncoder* encoder);
 /** A decoder. Its address is that of the memory it was built in. */
 typedef struct ZspvDecoder ZspvDecoder;
 
-/** Bytes that a decoder needs; arguments and results as for zspvEncoderGetSize(). */
+/**
+ * Bytes that a decoder needs.
+ *
+ * @param[in]  codec   a record of this library
+ * @param[in]  params  may be null for the defaults
+ * @param[out] size    bytes
+ * @retval zspStsNullPtrErr  codec or size is null
+ * @retval zspStsSizeErr     params->structSize is not plausible
+ * @retval zspStsRangeErr    as for zspvEncoderGetSize()
+ */
 ZSPV_API ZspStatus zspvDecoderGetSize(const ZspvCodec* codec, const ZspvParams* params,
                                       int32_t* size);
 
-/** Build a decoder; arguments and results as for zspvEncoderInit(). */
+/**
+ * Build a decoder.
+ *
+ * @param[out] memory    at any address
+ * @param      capacity  its bytes, at least what zspvDecoderGetSize() reports
+ * @param[in]  codec     a record of this library
+ * @param[in]  params    may be null for the defaults
+ * @param[out] decoder   the decoder, at memory
+ * @retval zspStsNullPtrErr  memory, codec or decoder is null
+ * @retval zspStsSizeErr     capacity is too small, or params->structSize is not plausible
+ * @retval zspStsRangeErr    as for zspvEncoderGetSize()
+ */
 ZSPV_API ZspStatus zspvDecoderInit(void* memory, int32_t capacity, const ZspvCodec* codec,
                                    const ZspvParams* params, ZspvDecoder** decoder);
 
-/** Build a decoder in memory of malloc(); arguments and results as for zspvEncoderCreate(). */
+/**
+ * Build a decoder in memory of malloc().
+ *
+ * @param[in]  codec    a record of this library
+ * @param[in]  params   may be null for the defaults
+ * @param[out] decoder  to be given to zspvDecoderDestroy()
+ * @retval zspStsNullPtrErr   codec or decoder is null
+ * @retval zspStsSizeErr      params->structSize is not plausible
+ * @retval zspStsRangeErr     as for zspvEncoderGetSize()
+ * @retval zspStsMemAllocErr  there is no memory
+ */
 ZSPV_API ZspStatus zspvDecoderCreate(const ZspvCodec* codec, const ZspvParams* params,
                                      ZspvDecoder** decoder);
 
-/** Free what zspvDecoderCreate() made; null is allowed. */
+/**
+ * Free what zspvDecoderCreate() made.
+ *
+ * @param[in] decoder  a decoder; may be null
+ */
 ZSPV_API void zspvDecoderDestroy(ZspvDecoder* decoder);
 
-/** Start again with the settings in force. -8 if decoder is null. */
+/**
+ * Start again with the settings in force.
+ *
+ * @param[in,out] decoder  a decoder
+ * @retval zspStsNullPtrErr  decoder is null
+ */
 ZSPV_API ZspStatus zspvDecoderReset(ZspvDecoder* decoder);
 
 /**
@@ -445,18 +537,31 @@ ZSPV_API ZspStatus zspvConceal(ZspvDecoder* decoder, int16_t* samples, int32_t c
                                int32_t* count);
 
 /**
- * Tell the decoder of a codec whose frames do not (G.722) which rate they have, from the next frame
- * on.
+ * Tell the decoder of a codec whose frames do not (G.722) which rate they have, from the next
+ * frame on.
  *
+ * @param[in,out] decoder  a decoder
+ * @param         bitRate  bit/s
  * @retval zspStsNullPtrErr  decoder is null
  * @retval zspStsRangeErr    bitRate is none of the codec's
  */
 ZSPV_API ZspStatus zspvDecoderSetBitRate(ZspvDecoder* decoder, int32_t bitRate);
 
-/** The bit rate of the last frame in bit/s. -8 if an argument is null. */
+/**
+ * The bit rate of the last frame.
+ *
+ * @param[in]  decoder  a decoder
+ * @param[out] bitRate  bit/s
+ * @retval zspStsNullPtrErr  an argument is null
+ */
 ZSPV_API ZspStatus zspvDecoderGetBitRate(const ZspvDecoder* decoder, int32_t* bitRate);
 
-/** The record that the decoder was built with; null for null. */
+/**
+ * The codec of a decoder.
+ *
+ * @param[in] decoder  a decoder
+ * @return the record that it was built with; null for null
+ */
 ZSPV_API const ZspvCodec* zspvDecoderGetCodec(const ZspvDecoder* decoder);
 
 /** @} */
@@ -620,7 +725,14 @@ ZSPV_API ZspStatus zspvSelectMode(const ZspvParams* params, int32_t requested, i
 /** A comfort-noise generator and analyser. */
 typedef struct ZspvComfortNoise ZspvComfortNoise;
 
-/** Bytes that an object needs. -8 if size is null, -7 unless sampleRate is 8000 or 16000. */
+/**
+ * Bytes that an object needs.
+ *
+ * @param      sampleRate  8000 or 16000
+ * @param[out] size        bytes
+ * @retval zspStsNullPtrErr  size is null
+ * @retval zspStsRangeErr    sampleRate is another
+ */
 ZSPV_API ZspStatus zspvComfortNoiseGetSize(int32_t sampleRate, int32_t* size);
 
 /**
@@ -637,13 +749,30 @@ ZSPV_API ZspStatus zspvComfortNoiseGetSize(int32_t sampleRate, int32_t* size);
 ZSPV_API ZspStatus zspvComfortNoiseInit(void* memory, int32_t capacity, int32_t sampleRate,
                                         ZspvComfortNoise** noise);
 
-/** Build an object in memory of malloc(). -8, -7 as for Init; -9 if there is no memory. */
+/**
+ * Build an object in memory of malloc().
+ *
+ * @param      sampleRate  8000 or 16000
+ * @param[out] noise       to be given to zspvComfortNoiseDestroy()
+ * @retval zspStsNullPtrErr   noise is null
+ * @retval zspStsRangeErr     sampleRate is another
+ * @retval zspStsMemAllocErr  there is no memory
+ */
 ZSPV_API ZspStatus zspvComfortNoiseCreate(int32_t sampleRate, ZspvComfortNoise** noise);
 
-/** Free what zspvComfortNoiseCreate() made; null is allowed. */
+/**
+ * Free what zspvComfortNoiseCreate() made.
+ *
+ * @param[in] noise  an object; may be null
+ */
 ZSPV_API void zspvComfortNoiseDestroy(ZspvComfortNoise* noise);
 
-/** Forget level and spectrum. -8 if noise is null. */
+/**
+ * Forget level and spectrum.
+ *
+ * @param[in,out] noise  an object
+ * @retval zspStsNullPtrErr  noise is null
+ */
 ZSPV_API ZspStatus zspvComfortNoiseReset(ZspvComfortNoise* noise);
 
 /**
@@ -737,13 +866,31 @@ ZSPV_API ZspStatus zspvReblockGetSize(int32_t frame, int32_t block, int32_t* siz
 ZSPV_API ZspStatus zspvReblockInit(void* memory, int32_t capacity, int32_t frame, int32_t block,
                                    ZspvReblock** reblock);
 
-/** Build a re-blocker in memory of malloc(). -8, -6 as for Init; -9 if there is no memory. */
+/**
+ * Build a re-blocker in memory of malloc().
+ *
+ * @param      frame    as for zspvReblockGetSize()
+ * @param      block    as for zspvReblockGetSize()
+ * @param[out] reblock  to be given to zspvReblockDestroy()
+ * @retval zspStsNullPtrErr   reblock is null
+ * @retval zspStsSizeErr      frame or block is outside
+ * @retval zspStsMemAllocErr  there is no memory
+ */
 ZSPV_API ZspStatus zspvReblockCreate(int32_t frame, int32_t block, ZspvReblock** reblock);
 
-/** Free what zspvReblockCreate() made; null is allowed. */
+/**
+ * Free what zspvReblockCreate() made.
+ *
+ * @param[in] reblock  a re-blocker; may be null
+ */
 ZSPV_API void zspvReblockDestroy(ZspvReblock* reblock);
 
-/** Drop what is held. -8 if reblock is null. */
+/**
+ * Drop what is held.
+ *
+ * @param[in,out] reblock  a re-blocker
+ * @retval zspStsNullPtrErr  reblock is null
+ */
 ZSPV_API ZspStatus zspvReblockReset(ZspvReblock* reblock);
 
 /**
@@ -783,7 +930,13 @@ ZSPV_API ZspStatus zspvReblockPull(ZspvReblock* reblock, int16_t* samples, int32
 ZSPV_API ZspStatus zspvReblockFlush(ZspvReblock* reblock, int16_t* samples, int32_t capacity,
                                     int32_t* count);
 
-/** Samples held. -8 if an argument is null. */
+/**
+ * How much is held.
+ *
+ * @param[in]  reblock  a re-blocker
+ * @param[out] held     samples
+ * @retval zspStsNullPtrErr  an argument is null
+ */
 ZSPV_API ZspStatus zspvReblockGetHeld(const ZspvReblock* reblock, int32_t* held);
 
 /** @} */
@@ -881,13 +1034,31 @@ ZSPV_API ZspStatus zspvEchoGetSize(const ZspvEchoConfig* config, int32_t* size);
 ZSPV_API ZspStatus zspvEchoInit(void* memory, int32_t capacity, const ZspvEchoConfig* config,
                                 ZspvEcho** echo);
 
-/** Build an echo canceller in memory of malloc(). -8, -6, -7 as for Init; -9 without memory. */
+/**
+ * Build an echo canceller in memory of malloc().
+ *
+ * @param[in]  config  the settings
+ * @param[out] echo    to be given to zspvEchoDestroy()
+ * @retval zspStsNullPtrErr   config or echo is null
+ * @retval zspStsSizeErr      config->structSize is not plausible
+ * @retval zspStsRangeErr     a setting is outside its range
+ * @retval zspStsMemAllocErr  there is no memory
+ */
 ZSPV_API ZspStatus zspvEchoCreate(const ZspvEchoConfig* config, ZspvEcho** echo);
 
-/** Free what zspvEchoCreate() made; null is allowed. */
+/**
+ * Free what zspvEchoCreate() made.
+ *
+ * @param[in] echo  an echo canceller; may be null
+ */
 ZSPV_API void zspvEchoDestroy(ZspvEcho* echo);
 
-/** Forget the echo path, signals and counters. -8 if echo is null. */
+/**
+ * Forget the echo path, signals and counters.
+ *
+ * @param[in,out] echo  an echo canceller
+ * @retval zspStsNullPtrErr  echo is null
+ */
 ZSPV_API ZspStatus zspvEchoReset(ZspvEcho* echo);
 
 /**
@@ -905,7 +1076,17 @@ ZSPV_API ZspStatus zspvEchoReset(ZspvEcho* echo);
 ZSPV_API ZspStatus zspvEchoProcess(ZspvEcho* echo, const int16_t* far, const int16_t* mic,
                                    int16_t* out, int32_t count);
 
-/** As zspvEchoProcess() with float samples, -1..1 for full scale; no number counts as 0. */
+/**
+ * As zspvEchoProcess() with float samples.
+ *
+ * @param[in,out] echo   an echo canceller
+ * @param[in]     far    count samples, -1..1 for full scale; no number counts as 0
+ * @param[in]     mic    count samples
+ * @param[out]    out    count samples; may be far or mic
+ * @param         count  a multiple of 10 ms
+ * @retval zspStsNullPtrErr  echo, far, mic or out is null
+ * @retval zspStsSizeErr     count is not a positive multiple of 10 ms
+ */
 ZSPV_API ZspStatus zspvEchoProcessFloat(ZspvEcho* echo, const float* far, const float* mic,
                                         float* out, int32_t count);
 
@@ -921,7 +1102,16 @@ ZSPV_API ZspStatus zspvEchoProcessFloat(ZspvEcho* echo, const float* far, const 
  */
 ZSPV_API ZspStatus zspvEchoRender(ZspvEcho* echo, const int16_t* far, int32_t count);
 
-/** As zspvEchoRender() with float samples. */
+/**
+ * As zspvEchoRender() with float samples.
+ *
+ * @param[in,out] echo   an echo canceller
+ * @param[in]     far    count samples, -1..1 for full scale
+ * @param         count  any number, at least 1
+ * @retval zspStsNullPtrErr  echo or far is null
+ * @retval zspStsSizeErr     count < 1
+ * @retval zspStsOverflow    a warning: the ring was full and the newest samples were dropped
+ */
 ZSPV_API ZspStatus zspvEchoRenderFloat(ZspvEcho* echo, const float* far, int32_t count);
 
 /**
@@ -938,23 +1128,47 @@ ZSPV_API ZspStatus zspvEchoRenderFloat(ZspvEcho* echo, const float* far, int32_t
  */
 ZSPV_API ZspStatus zspvEchoCapture(ZspvEcho* echo, const int16_t* mic, int16_t* out, int32_t count);
 
-/** As zspvEchoCapture() with float samples. */
+/**
+ * As zspvEchoCapture() with float samples.
+ *
+ * @param[in,out] echo   an echo canceller
+ * @param[in]     mic    count samples, -1..1 for full scale
+ * @param[out]    out    count samples; may be mic
+ * @param         count  a multiple of 10 ms
+ * @retval zspStsNullPtrErr  echo, mic or out is null
+ * @retval zspStsSizeErr     count is not a positive multiple of 10 ms
+ */
 ZSPV_API ZspStatus zspvEchoCaptureFloat(ZspvEcho* echo, const float* mic, float* out,
                                         int32_t count);
 
 /**
- * Samples by which the output lags behind the microphone: 20 ms, and what a negative delay hint
- * adds. -8 if an argument is null.
+ * By how much the output lags behind the microphone: 20 ms, and what a negative delay hint adds.
+ *
+ * @param[in]  echo     an echo canceller
+ * @param[out] samples  the lag
+ * @retval zspStsNullPtrErr  an argument is null
  */
 ZSPV_API ZspStatus zspvEchoGetDelay(const ZspvEcho* echo, int32_t* samples);
 
 /**
- * Change the delay hint, -50..500 ms. What was learnt is kept for the path behind the new delay,
- * and learning waits until the tail has passed. -8 if echo is null, -7 if outside.
+ * Change the delay hint. What was learnt is kept for the path behind the new delay, and learning
+ * waits until the tail has passed.
+ *
+ * @param[in,out] echo     an echo canceller
+ * @param         delayMs  -50..500
+ * @retval zspStsNullPtrErr  echo is null
+ * @retval zspStsRangeErr    delayMs is outside
  */
 ZSPV_API ZspStatus zspvEchoSetDelay(ZspvEcho* echo, int32_t delayMs);
 
-/** Switch the suppressor, zspvOn or zspvOff. -8 if echo is null, -7 if another value. */
+/**
+ * Switch the suppressor.
+ *
+ * @param[in,out] echo        an echo canceller
+ * @param         suppressor  zspvOn or zspvOff
+ * @retval zspStsNullPtrErr  echo is null
+ * @retval zspStsRangeErr    suppressor is another value
+ */
 ZSPV_API ZspStatus zspvEchoSetSuppressor(ZspvEcho* echo, int32_t suppressor);
 
 /**
@@ -1022,7 +1236,15 @@ typedef struct ZspvActivityInfo {
 /** A voice activity detector. */
 typedef struct ZspvActivity ZspvActivity;
 
-/** Bytes that a detector needs. -8 on null, -6 for structSize, -7 for a setting. */
+/**
+ * Bytes that a detector needs.
+ *
+ * @param[in]  config  the settings
+ * @param[out] size    bytes
+ * @retval zspStsNullPtrErr  config or size is null
+ * @retval zspStsSizeErr     config->structSize is not plausible
+ * @retval zspStsRangeErr    a setting is outside its range
+ */
 ZSPV_API ZspStatus zspvActivityGetSize(const ZspvActivityConfig* config, int32_t* size);
 
 /**
@@ -1039,13 +1261,31 @@ ZSPV_API ZspStatus zspvActivityGetSize(const ZspvActivityConfig* config, int32_t
 ZSPV_API ZspStatus zspvActivityInit(void* memory, int32_t capacity,
                                     const ZspvActivityConfig* config, ZspvActivity** activity);
 
-/** Build a detector in memory of malloc(). -8, -6, -7 as for Init; -9 without memory. */
+/**
+ * Build a detector in memory of malloc().
+ *
+ * @param[in]  config    the settings
+ * @param[out] activity  to be given to zspvActivityDestroy()
+ * @retval zspStsNullPtrErr   config or activity is null
+ * @retval zspStsSizeErr      config->structSize is not plausible
+ * @retval zspStsRangeErr     a setting is outside its range
+ * @retval zspStsMemAllocErr  there is no memory
+ */
 ZSPV_API ZspStatus zspvActivityCreate(const ZspvActivityConfig* config, ZspvActivity** activity);
 
-/** Free what zspvActivityCreate() made; null is allowed. */
+/**
+ * Free what zspvActivityCreate() made.
+ *
+ * @param[in] activity  a detector; may be null
+ */
 ZSPV_API void zspvActivityDestroy(ZspvActivity* activity);
 
-/** Start again. -8 if activity is null. */
+/**
+ * Start again.
+ *
+ * @param[in,out] activity  a detector
+ * @retval zspStsNullPtrErr  activity is null
+ */
 ZSPV_API ZspStatus zspvActivityReset(ZspvActivity* activity);
 
 /**

@@ -16,14 +16,21 @@ lintian --fail-on error "${packages[@]}"
 
 echo "== Install"
 dpkg -i "${packages[@]}"
-trap 'dpkg --purge zsp libzspsc-dev libzspsc8 >/dev/null' EXIT
+names=(zsp libzspsc-dev libzspvoice1 libzspsc8)
+trap 'dpkg --purge "${names[@]}" >/dev/null' EXIT
 
 work=$(mktemp -d)
-cc tests/consumer/consumer.c -o "$work/by_pkg_config" $(pkg-config --cflags --libs zspsc)
+consumer=tests/package/consumer
+for library in zspsc zspvoice; do
+    [ "$(pkg-config --variable=prefix "$library")" = /usr ]
+done
+cc $consumer/consumer.c -o "$work/by_pkg_config" $(pkg-config --cflags --libs zspsc)
+cc $consumer/voice.c -o "$work/voice_by_pkg_config" $(pkg-config --cflags --libs zspvoice)
 "$work/by_pkg_config"
-cmake -S tests/consumer -B "$work/cmake" >/dev/null
+"$work/voice_by_pkg_config"
+cmake -S $consumer -B "$work/cmake" >/dev/null
 cmake --build "$work/cmake" >/dev/null
-for program in shared_c shared_cpp static_c static_cpp; do "$work/cmake/$program"; done
+for program in "$work"/cmake/{shared,static}_*; do "$program"; done
 zsp info
 zsp demo -o "$work/demo" >/dev/null
 test -s "$work/demo/report.html"
@@ -31,8 +38,8 @@ man -w zsp >/dev/null 2>&1 || test -e /usr/share/man/man1/zsp.1.gz
 
 echo "== Remove"
 trap - EXIT
-dpkg --purge zsp libzspsc-dev libzspsc8
-left=$(find /usr -iname '*zspsc*' -o -iname '*zspcore*' -o -path '*/bin/zsp')
+dpkg --purge "${names[@]}"
+left=$(find /usr -iname '*zspsc*' -o -iname '*zspvoice*' -o -iname '*zspcore*' -o -path '*/bin/zsp')
 [ -z "$left" ] || { echo "left behind: $left" >&2; exit 1; }
 rm -rf "$work"
 echo "The packages install, run and go without a trace."

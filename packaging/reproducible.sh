@@ -28,7 +28,7 @@ check() { # preset, files
     done
 }
 
-check release lib/libzspsc.so lib/libzspcore.so # through their links
+check release lib/libzspsc.so lib/libzspvoice.so lib/libzspcore.so # through their links
 if command -v x86_64-w64-mingw32-g++-posix >/dev/null; then
-    check windows bin/zspsc.dll bin/zspcore.dll
+    check windows bin/zspsc.dll bin/zspvoice.dll bin/zspcore.dll
 fi

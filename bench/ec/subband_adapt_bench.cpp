@@ -1,32 +1,28 @@
-// The update of the adaptive taps of all bins, with their variances.
+// The update of a canceller's adaptive taps.
 
+#include "bench/support/canceller.hpp"
 #include "ec/subband_filter.hpp"
-
-#include "bench/ec/subband_rows.hpp"
-
-#include <benchmark/benchmark.h>
 
 namespace {
 
 using namespace zsp::bench;
+using namespace zsp::ec;
+using Adapt = void (*)(const AdaptRule&, const AdaptRows&);
 
-template <bool fast>
-void adapt(benchmark::State& state)
+void adapt(benchmark::State& state, Adapt kernel)
 {
     Canceller c(state);
-    const zsp::ec::AdaptRule rule = {
+    const AdaptRule rule = {
         {c.errors.rows[0], c.bands}, c.gain.data(), c.forget.data(), 0.4F, 1e-9F};
-    const zsp::ec::AdaptRows rows = {c.pointers, c.adapt.rows.data(), c.variance.rows.data()};
-    for (auto _ : state) {
-        if constexpr (fast)
-            zsp::ec::adaptAvx2(rule, rows);
-        else
-            zsp::ec::adaptScalar(rule, rows, 0);
-        benchmark::ClobberMemory();
-    }
+    const AdaptRows rows = {c.pointers, c.adapt.rows.data(), c.variance.rows.data()};
+    loop(state, c.bands * c.taps, [&] { kernel(rule, rows); });
 }
 
-BENCHMARK(adapt<false>)->Name("subbandAdapt/definition")->Apply(shapes);
-BENCHMARK(adapt<true>)->Name("subbandAdapt/avx2")->Apply(shapes);
+const bool registered =
+    add<Adapt>("subbandAdapt", adapt,
+               {{"definition",
+                 [](const AdaptRule& rule, const AdaptRows& rows) { adaptScalar(rule, rows, 0); }},
+                {"avx2", adaptAvx2}},
+               kCancellerRuns);
 
 } // namespace

@@ -1,15 +1,17 @@
 // The controller's two loops over the bins of a frame.
 
+#include "bench/support/versions.hpp"
 #include "core/state.hpp"
 #include "ec/subband_controller.hpp"
 #include "zspsc.h"
-
-#include <benchmark/benchmark.h>
 
 #include <cstddef>
 #include <vector>
 
 namespace {
+
+using namespace zsp::bench;
+using namespace zsp::ec;
 
 /// A controller of so many bins and taps on filters that neither save nor restore.
 struct Controller {
@@ -27,47 +29,47 @@ struct Controller {
         pair = {filters[2 * taps].data(), filters[2 * taps + 1].data(), adapt.data(), fixed.data()};
     }
 
-    zsp::ec::ControllerState& state()
-    {
-        return *zsp::alignedState<zsp::ec::ControllerState>(buffer.data());
-    }
+    ControllerState& state() { return *zsp::alignedState<ControllerState>(buffer.data()); }
 
     std::size_t bands, taps;
     std::vector<double> steps;
     std::vector<std::byte> buffer;
     std::vector<std::vector<Zsp32fc>> filters;
     std::vector<Zsp32fc*> adapt, fixed;
-    zsp::ec::FilterPair pair{};
+    FilterPair pair{};
 };
 
-template <bool fast>
-void compareFilters(benchmark::State& state)
+using Compare = void (*)(Controller&);
+
+void compareFilters(benchmark::State& state, Compare kernel)
 {
     Controller c(state);
-    for (auto _ : state) {
-        if constexpr (fast)
-            benchmark::DoNotOptimize(zsp::ec::compareFiltersAvx2(c.state(), c.pair));
-        else
-            benchmark::DoNotOptimize(zsp::ec::compareFiltersScalar(c.state(), c.pair, 0, {}));
-        benchmark::ClobberMemory();
-    }
+    loop(state, c.bands * c.taps, [&] { kernel(c); });
 }
 
-template <bool fast>
-void stepSizes(benchmark::State& state)
+using StepSizes = decltype(&stepSizesScalar);
+
+void stepSizes(benchmark::State& state, StepSizes kernel)
 {
     Controller c(state);
-    const auto kernel = fast ? zsp::ec::stepSizesAvx2 : zsp::ec::stepSizesScalar;
-    for (auto _ : state) {
+    loop(state, c.bands, [&] {
         kernel({0.5F, 1e6F, 1e-9F}, c.filters[0], c.filters[1], {c.state().inputPower, c.bands},
                c.steps);
-        benchmark::ClobberMemory();
-    }
+    });
 }
 
-BENCHMARK(compareFilters<false>)->Name("compareFilters/definition")->Args({17, 54})->Args({33, 55});
-BENCHMARK(compareFilters<true>)->Name("compareFilters/avx2")->Args({17, 54})->Args({33, 55});
-BENCHMARK(stepSizes<false>)->Name("stepSizes/definition")->Args({17, 1})->Args({33, 1});
-BENCHMARK(stepSizes<true>)->Name("stepSizes/avx2")->Args({17, 1})->Args({33, 1});
+const bool registered[] = {
+    add<Compare>(
+        "compareFilters", compareFilters,
+        {{"definition",
+          [](Controller& c) {
+              benchmark::DoNotOptimize(compareFiltersScalar(c.state(), c.pair, 0, {}));
+          }},
+         {"avx2",
+          [](Controller& c) { benchmark::DoNotOptimize(compareFiltersAvx2(c.state(), c.pair)); }}},
+        {{17, 54}, {33, 55}}),
+    add<StepSizes>("stepSizes", stepSizes,
+                   {{"definition", stepSizesScalar}, {"avx2", stepSizesAvx2}}, {{17, 1}, {33, 1}}),
+};
 
 } // namespace

@@ -1,34 +1,32 @@
-// What an adaptive and a fixed filter leave in all bins of a frame.
+// Both filters of a canceller's bins.
 
+#include "bench/support/canceller.hpp"
 #include "ec/subband_filter.hpp"
 
-#include "bench/ec/subband_rows.hpp"
-
-#include <benchmark/benchmark.h>
+#include <span>
 
 namespace {
 
 using namespace zsp::bench;
+using namespace zsp::ec;
+using Filter = void (*)(const FilterRows&, std::span<const Zsp32fc>, const FilterResults&);
 
-template <bool fast>
-void filter(benchmark::State& state)
+void filter(benchmark::State& state, Filter kernel)
 {
     Canceller c(state);
-    const zsp::ec::FilterRows rows = {c.pointers, c.adapt.rows.data(), c.fixed.rows.data(),
-                                      c.variance.rows.data()};
+    const FilterRows rows = {c.pointers, c.adapt.rows.data(), c.fixed.rows.data(),
+                             c.variance.rows.data()};
     const std::span<const Zsp32fc> src(c.errors.rows[2], c.bands);
-    const zsp::ec::FilterResults out = {c.errors.rows[0], c.errors.rows[1], c.powers.rows[0],
-                                        c.powers.rows[1]};
-    for (auto _ : state) {
-        if constexpr (fast)
-            zsp::ec::filterAvx2(rows, src, out);
-        else
-            zsp::ec::filterScalar(rows, src, out, 0);
-        benchmark::ClobberMemory();
-    }
+    const FilterResults out = {c.errors.rows[0], c.errors.rows[1], c.powers.rows[0],
+                               c.powers.rows[1]};
+    loop(state, c.bands * c.taps, [&] { kernel(rows, src, out); });
 }
 
-BENCHMARK(filter<false>)->Name("subbandFilter/definition")->Apply(shapes);
-BENCHMARK(filter<true>)->Name("subbandFilter/avx2")->Apply(shapes);
+const bool registered =
+    add<Filter>("subbandFilter", filter,
+                {{"definition", [](const FilterRows& rows, std::span<const Zsp32fc> src,
+                                   const FilterResults& out) { filterScalar(rows, src, out, 0); }},
+                 {"avx2", filterAvx2}},
+                kCancellerRuns);
 
 } // namespace

@@ -1,9 +1,8 @@
 // The filter bank's two loops over its window: 256 taps, 64 points.
 
 #include "bench/support/pool.hpp"
+#include "bench/support/versions.hpp"
 #include "ec/subband_fold.hpp"
-
-#include <benchmark/benchmark.h>
 
 #include <cstdint>
 #include <span>
@@ -11,53 +10,49 @@
 
 namespace {
 
-template <typename Sample, typename Folded>
-using Fold = void (*)(std::span<const Sample>, std::span<const Sample>, std::span<Folded>) noexcept;
+using namespace zsp::bench;
+using namespace zsp::ec;
 
-template <typename Sample, typename Folded, Fold<Sample, Folded> kernel>
-void fold(benchmark::State& state)
+template <typename Sample, typename Folded>
+using Fold = void (*)(std::span<const Sample>, std::span<const Sample>, std::span<Folded>);
+
+template <typename Sample, typename Folded>
+void fold(benchmark::State& state, Fold<Sample, Folded> kernel)
 {
-    zsp::bench::WordPool pool(1);
+    WordPool pool(1);
     const auto words = pool.next(512);
     const std::vector<Sample> delay(words.begin(), words.begin() + 256);
     const std::vector<Sample> window(words.begin() + 256, words.end());
     std::vector<Folded> block(64);
-    for (auto _ : state) {
-        kernel(delay, window, block);
-        benchmark::ClobberMemory();
-    }
+    loop(state, delay.size(), [&] { kernel(delay, window, block); });
 }
 
 template <typename Sample, typename Folded>
-using OverlapAdd = void (*)(std::span<const Folded>, std::span<const Sample>,
-                            std::span<Sample>) noexcept;
+using OverlapAdd = void (*)(std::span<const Folded>, std::span<const Sample>, std::span<Sample>);
 
-template <typename Sample, typename Folded, OverlapAdd<Sample, Folded> kernel>
-void overlapAdd(benchmark::State& state)
+template <typename Sample, typename Folded>
+void overlapAdd(benchmark::State& state, OverlapAdd<Sample, Folded> kernel)
 {
-    zsp::bench::WordPool pool(1);
+    WordPool pool(1);
     const auto words = pool.next(512);
     const std::vector<Folded> time(words.begin(), words.begin() + 64);
     const std::vector<Sample> window(words.begin() + 256, words.end());
     std::vector<Sample> delay(256);
-    for (auto _ : state) {
-        kernel(time, window, delay);
-        benchmark::ClobberMemory();
-    }
+    loop(state, delay.size(), [&] { kernel(time, window, delay); });
 }
 
-using zsp::ec::foldAvx2, zsp::ec::foldScalar;
-using zsp::ec::overlapAddAvx2, zsp::ec::overlapAddScalar;
-using Word = std::int16_t;
-using Long = std::int32_t;
+/// Both loops on one type of sample.
+template <typename Sample, typename Folded>
+bool addBoth(const std::string& tag)
+{
+    return add<Fold<Sample, Folded>>("fold_" + tag, fold<Sample, Folded>,
+                                     {{"definition", foldScalar}, {"avx2", foldAvx2}}, {{256}}) &&
+           add<OverlapAdd<Sample, Folded>>(
+               "overlapAdd_" + tag, overlapAdd<Sample, Folded>,
+               {{"definition", overlapAddScalar}, {"avx2", overlapAddAvx2}}, {{256}});
+}
 
-BENCHMARK(fold<float, float, foldScalar>)->Name("fold_32f/definition/256");
-BENCHMARK(fold<float, float, foldAvx2>)->Name("fold_32f/avx2/256");
-BENCHMARK(fold<Word, Long, foldScalar>)->Name("fold_16s/definition/256");
-BENCHMARK(fold<Word, Long, foldAvx2>)->Name("fold_16s/avx2/256");
-BENCHMARK(overlapAdd<float, float, overlapAddScalar>)->Name("overlapAdd_32f/definition/256");
-BENCHMARK(overlapAdd<float, float, overlapAddAvx2>)->Name("overlapAdd_32f/avx2/256");
-BENCHMARK(overlapAdd<Word, Long, overlapAddScalar>)->Name("overlapAdd_16s/definition/256");
-BENCHMARK(overlapAdd<Word, Long, overlapAddAvx2>)->Name("overlapAdd_16s/avx2/256");
+const bool registered[] = {addBoth<float, float>("32f"),
+                           addBoth<std::int16_t, std::int32_t>("16s")};
 
 } // namespace

@@ -91,7 +91,7 @@ namespace {
 /// For each of eight pairs the last step that starts at or above it.
 ///
 /// The arc cosine sqrt(1 - |x|) * polynomial (Abramowitz and Stegun 4.4.45, off by at most 0.003
-/// steps) finds it to within one, a look at the table settles it.
+/// steps) finds the step to within one; comparison with the table then gives the exact one.
 __m256i stepsOf(__m256i isp) noexcept
 {
     const __m256 signedX = _mm256_mul_ps(_mm256_cvtepi32_ps(isp), _mm256_set1_ps(1.0F / 32768));
@@ -116,8 +116,8 @@ __m256i stepsOf(__m256i isp) noexcept
                                              _mm256_cmpgt_epi32(isp, end)));
 }
 
-/// What the walk makes of sixteen steps: each of the first fifteen is limited to the smallest of
-/// those after it, the last stands by itself.
+/// Turns sixteen independently found steps into those of the walk: each of the first fifteen is
+/// limited to the smallest of those after it; the last is not affected.
 __m256i walked(__m256i steps) noexcept
 {
     const __m256i all = _mm256_set1_epi16(kLastStep);

@@ -163,7 +163,7 @@ __m256i scaledUp(const Levels& levels, __m256i det) noexcept
     return _mm256_mulhi_epu16(avx2::load(levels.data()), det);
 }
 
-/// The lower band's decision levels. 0 is above no magnitude.
+/// The lower band's decision levels. A level of 0 is never above a magnitude: it fills the rest.
 constexpr std::array<Levels, 2> kDecisionLevels = [] {
     std::array<Levels, 2> t{};
     for (std::size_t m = 1; m < kDecision6.size(); ++m)
@@ -224,8 +224,9 @@ constexpr Steps kSteps = [] {
     return t;
 }();
 
-/// What INVQAL and INVQAH make of the differences' codes, without the way through the codes: of
-/// those steps whose magnitudes reach up to that of the difference, the one with the least output.
+/// The outputs of INVQAL and INVQAH for both differences, computed directly, without looking up the
+/// codes: of the steps whose decision level is not below the difference's magnitude, the one with
+/// the smallest output.
 __m256i quantisedDifferences(__m256i e, __m256i det) noexcept
 {
     const __m256i sign = _mm256_srai_epi16(e, 15);

@@ -27,7 +27,7 @@ struct Sums {
     std::int32_t odd = 0;
 };
 
-/// Moves the line on by two samples and filters it.
+/// Shifts two samples into the line and filters it.
 Sums filter(DelayLine line, std::int16_t earlier, std::int16_t later) noexcept
 {
     std::copy(line.begin() + 2, line.end(), line.begin());
@@ -126,7 +126,7 @@ __m256i filter8(const std::int16_t* x) noexcept
 }
 
 /// Block by block through a copy that begins with the line. The last block is rounded up to whole
-/// vectors, and what is beyond its end goes nowhere.
+/// vectors; results beyond its end are not stored.
 template <const Bank& bank>
 void filterAvx2(In16 src, Out16 dst, DelayLine line) noexcept
 {

@@ -127,7 +127,7 @@ void shiftLine(CoderState& s, std::size_t first, std::size_t count, int magnitud
     s.sign[first] = static_cast<std::int16_t>(sign);
 }
 
-/// What encoder and decoder do alike once the code word is there. Returns sr.
+/// The steps that encoder and decoder share once the code word is known. Returns sr.
 int update(CoderState& s, const RateTables& rate, int code, Estimate estimate, int y) noexcept
 {
     const int magnitude = reconst(rate, code, y);
@@ -162,7 +162,7 @@ int tandem(const RateTables& rate, Law law, int code, int sr, int se, int y) noe
 {
     const int sp = compress(law, sr);
     const int dx = wrap16(expand(law, sp) - se);
-    // In the order of the values the sign bit counts upside down.
+    // When code words are ordered by value, the sign bit counts inverted.
     const int half = 1 << (rate.bits - 1);
     const int im = code ^ half;
     const int id = quan(rate, dx, y) ^ half;

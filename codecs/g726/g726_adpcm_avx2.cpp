@@ -1,8 +1,8 @@
 // The coder of g726_adpcm.cpp arranged for speed, equal in every code word, sample and state.
 //
-// The way from one sample's d to the next one's bounds the encoder, so it stays in vector
-// registers, and what does not depend on d is made before d is there. Words that wrap at 16 bits
-// stand in the upper halves of 32-bit lanes.
+// The speed of the encoder is bounded by the chain from one sample's d to the next one's. The chain
+// stays in vector registers, and whatever does not depend on d is computed before d is known. Words
+// that wrap at 16 bits are kept in the upper halves of 32-bit lanes.
 
 #include "codecs/g726/g726_adpcm.hpp"
 #include "codecs/g726/g726_adpcm_avx2_lanes.hpp"
@@ -151,7 +151,7 @@ void decode(CoderState& state, In8 code, Out16 out) noexcept
         } else {
             const CodeWord& sp = kCodeWords<Output>[static_cast<std::size_t>(compress(Output, sr))];
             const __m256i dx = _mm256_sub_epi32(_mm256_set1_epi32(sp.slx), se);
-            // In the order of the values the sign bit counts upside down.
+            // When code words are ordered by value, the sign bit counts inverted.
             constexpr int kHalf = R::kHalf;
             const int id = R::kQuantised[isNegative(dx)][Quantiser<R>(y).above(dx)].code ^ kHalf;
             const int im = static_cast<int>(received) ^ kHalf;

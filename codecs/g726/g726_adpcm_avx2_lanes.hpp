@@ -60,9 +60,9 @@ inline __m256i largestLane(__m256i v) noexcept
 
 // FLOATA, FLOATB and FMULT work on the bits of single-precision numbers: their exponents count as
 // the Recommendation's do, and the upper five of their fraction bits are its mantissa without the
-// top bit. Zero is represented as half the
-// smallest magnitude. Operands may be scaled by a power of two: dq is
-// not, sr stands in the upper half, coefficients do and lose their lowest two bits.
+// top bit. Zero is represented as half the smallest magnitude. Operands may be scaled by a power of
+// two: dq is not scaled; sr and the coefficients stand in the upper half, and the coefficients lose
+// their lowest two bits.
 
 inline constexpr int kDqScale = 0;
 inline constexpr int kSrScale = 16;
@@ -102,7 +102,7 @@ inline __m256i fmult(__m256i a, __m256i an, __m256i delayed, __m256i bias) noexc
     const __m256i mantissa = _mm256_or_si256(_mm256_and_si256(an, k.mantissa), k.topBitAndOne);
     const __m256i other = _mm256_or_si256(_mm256_and_si256(delayed, k.mantissa), k.topBitAndRound);
     const __m256i product = _mm256_and_si256(_mm256_madd_epi16(mantissa, other), k.products);
-    // A negative count leaves 0, and so small is the product then.
+    // A negative count gives 0, which is right: the product is that small then.
     const __m256i exponents =
         _mm256_add_epi32(an, _mm256_sub_epi32(_mm256_and_si256(delayed, k.exponent), bias));
     const __m256i w =

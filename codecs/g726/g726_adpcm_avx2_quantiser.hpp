@@ -94,8 +94,8 @@ class Quantiser {
     Difference difference(__m256i d, const Magnitudes& magnitudes) const noexcept
     {
         const __m256i g = _mm256_abs_epi32(d);
-        // The magnitudes fall from lane to lane. Of those whose threshold d reaches, and of the
-        // lowest one, the largest is it.
+        // The magnitudes fall from lane to lane. The result is the largest of those whose threshold
+        // d reaches, and the lowest one if it reaches none.
         const __m256i lowest = inAllLanes(magnitudes.v[kVectors - 1], R::kLevels % 8);
         __m256i magnitude = lowest;
         for (std::size_t i = 0; i < kVectors; ++i)

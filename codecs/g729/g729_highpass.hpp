@@ -19,7 +19,11 @@ struct HighPassState {
 };
 static_assert(sizeof(HighPassState) == 24 && std::is_trivially_copyable_v<HighPassState>);
 
-/// Filters in place. `scaleFactor` is 12 (coefficients in Q12) or 13 (Q13, output doubled).
-void highPass(Out16 samples, int scaleFactor, HighPassState& state) noexcept;
+/// The definition. Filters in place; `scaleFactor` is 12 (coefficients in Q12) or 13 (Q13, output
+/// doubled).
+void highPassScalar(Out16 samples, int scaleFactor, HighPassState& state) noexcept;
+
+/// Equal to highPassScalar in every sample and in the state.
+void highPassAvx2(Out16 samples, int scaleFactor, HighPassState& state) noexcept;
 
 } // namespace zsp::g729

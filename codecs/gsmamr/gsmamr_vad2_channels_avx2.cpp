@@ -42,8 +42,8 @@ __m256i shiftRightRounded(__m256i a, int n) noexcept
                             _mm256_and_si256(twice, _mm256_set1_epi32(1)));
 }
 
-/// What lies `rest_Q15` of the way from entry `i` of a table to the next, beyond entry i, in units
-/// of 2^-15 of an entry; and entry i.
+/// Linear interpolation at `rest_Q15` of the way from entry `i` of a table to the next: the amount
+/// to add to entry i, in units of 2^-15 of an entry; and entry i.
 struct Interpolated {
     __m256i entry;
     __m256i beyond_Q15;

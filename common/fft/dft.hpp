@@ -1,12 +1,12 @@
-// The discrete Fourier transform of real signals, summed as it is written: what the fast transforms
-// are held against.
+// The discrete Fourier transform of real signals, summed as it is written: the reference that the
+// fast transforms are compared with.
 //
 //   bin k      X[k] = sum of x[n] e^(-2 pi i k n / N)
 //   sample n   x[n] = 1/N sum of X[k] e^(2 pi i k n / N) over k = 0 .. N-1, where X[N-k] is the
 //              conjugate of X[k]; of bins 0 and N/2 only the real parts count
 //
-// In double precision. A root of one is turned on by the angle of a step from term to term, which
-// after N steps has cost N units in the last place.
+// In double precision. A root of unity is rotated by one step from term to term, which accumulates
+// an error of at most N units in the last place over N steps.
 #pragma once
 
 #include <cmath>

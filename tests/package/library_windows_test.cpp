@@ -1,64 +1,37 @@
-// Reads zspsc.dll through the Windows loader: exports, stubs, dispatch table, imports, resource.
+// Reads the DLLs through the Windows loader: exports, stubs, dispatch table, imports, resource.
 
-#include <gtest/gtest.h>
+#include "tests/support/dll.hpp"
 
-#include <windows.h>
-#include <winver.h>
-
-#include <cstdint>
 #include <cstring>
-#include <set>
-#include <string>
-#include <vector>
 
 namespace {
 
-const std::vector<const char*> kExports = {
+using zsp::test::Dll;
+
+const std::set<std::string> kExports = {
 #define ZSP_EXPORT(name) #name,
 #define ZSP_EXPORT_AS(name, shared) #name,
 #include "core/exports.inc"
 };
 
-class Library : public testing::Test {
-  protected:
-    Library()
-    {
-        const auto* dos = at<IMAGE_DOS_HEADER>(0);
-        headers_ = at<IMAGE_NT_HEADERS>(static_cast<std::uint32_t>(dos->e_lfanew));
-    }
-    ~Library() override { FreeLibrary(module_); }
-
-    template <typename T>
-    const T* at(std::uint32_t address) const
-    {
-        return reinterpret_cast<const T*>(reinterpret_cast<const char*>(module_) + address);
-    }
-
-    std::uint32_t directory(unsigned index) const
-    {
-        return headers_->OptionalHeader.DataDirectory[index].VirtualAddress;
-    }
-
-    HMODULE module_ = LoadLibraryA("zspsc.dll");
-    const IMAGE_NT_HEADERS* headers_ = nullptr;
+const std::set<std::string> kVoiceExports = {
+#define ZSPV_EXPORT(name) #name,
+#include "voice/exports.inc"
 };
 
-TEST_F(Library, ExportsAreTheList)
+TEST(Library, ExportsAreTheList)
 {
-    const auto* exports = at<IMAGE_EXPORT_DIRECTORY>(directory(IMAGE_DIRECTORY_ENTRY_EXPORT));
-    const auto* names = at<std::uint32_t>(exports->AddressOfNames);
-    std::set<std::string> exported;
-    for (unsigned i = 0; i < exports->NumberOfNames; ++i)
-        exported.insert(at<char>(names[i]));
-    EXPECT_EQ(exported, std::set<std::string>(kExports.begin(), kExports.end()));
+    EXPECT_EQ(Dll("zspsc.dll").exports(), kExports);
+    EXPECT_EQ(Dll("zspvoice.dll").exports(), kVoiceExports);
 }
 
-TEST_F(Library, EveryStubIsTenBytesThroughAWritableSlot)
+TEST(Library, EveryStubIsTenBytesThroughAWritableSlot)
 {
-    for (const char* name : kExports) {
+    const Dll library("zspsc.dll");
+    for (const std::string& name : kExports) {
         SCOPED_TRACE(name);
         unsigned char stub[10];
-        const FARPROC function = GetProcAddress(module_, name);
+        const FARPROC function = GetProcAddress(library.module(), name.c_str());
         ASSERT_NE(function, nullptr);
         std::memcpy(stub, reinterpret_cast<const void*>(function), sizeof stub);
         EXPECT_EQ(std::memcmp(stub, "\x4c\x8d\x1d", 3), 0);
@@ -72,55 +45,35 @@ TEST_F(Library, EveryStubIsTenBytesThroughAWritableSlot)
     }
 }
 
-TEST_F(Library, ImportsByNameFromTheCompanionAndTheSystemOnly)
+TEST(Library, ImportsByNameFromTheCompanionAndTheSystemOnly)
 {
-    const std::set<std::string> allowed = {"zspcore.dll", "KERNEL32.dll", "msvcrt.dll"};
-    const auto* import = at<IMAGE_IMPORT_DESCRIPTOR>(directory(IMAGE_DIRECTORY_ENTRY_IMPORT));
-    std::set<std::string> core;
-    for (; import->Name; ++import) {
-        const std::string dll = at<char>(import->Name);
-        EXPECT_TRUE(allowed.count(dll)) << dll;
-        const auto* thunk = at<IMAGE_THUNK_DATA64>(import->OriginalFirstThunk);
-        for (; dll == "zspcore.dll" && thunk->u1.AddressOfData; ++thunk) {
-            ASSERT_FALSE(IMAGE_SNAP_BY_ORDINAL64(thunk->u1.Ordinal));
-            const auto* entry =
-                at<IMAGE_IMPORT_BY_NAME>(static_cast<std::uint32_t>(thunk->u1.AddressOfData));
-            core.insert(static_cast<const char*>(entry->Name));
-        }
-    }
-    EXPECT_EQ(core, (std::set<std::string>{"zspFree", "zspGetEnabledCpuFeatures",
-                                           "zspGetMaxCacheSizeB", "zspMalloc"}));
+    const auto imports = Dll("zspsc.dll").imports();
+    for (const auto& [dll, names] : imports)
+        EXPECT_TRUE(dll == "zspcore.dll" || dll == "KERNEL32.dll" || dll == "msvcrt.dll") << dll;
+    EXPECT_EQ(imports.at("zspcore.dll"),
+              (std::set<std::string>{"zspFree", "zspGetEnabledCpuFeatures", "zspGetMaxCacheSizeB",
+                                     "zspMalloc"}));
 }
 
-TEST_F(Library, VersionResource)
+TEST(VoiceLibrary, ImportsTheBlocksAndTheSystemOnly)
 {
-    DWORD unused = 0;
-    std::vector<char> resource(GetFileVersionInfoSizeA("zspsc.dll", &unused));
-    ASSERT_FALSE(resource.empty());
-    ASSERT_TRUE(
-        GetFileVersionInfoA("zspsc.dll", 0, static_cast<DWORD>(resource.size()), resource.data()));
-    void* value = nullptr;
-    UINT length = 0;
-    ASSERT_TRUE(VerQueryValueA(resource.data(), "\\", &value, &length));
-    const auto* fixed = static_cast<const VS_FIXEDFILEINFO*>(value);
-    EXPECT_EQ(fixed->dwFileVersionMS, 0x00080001u);
-    EXPECT_EQ(fixed->dwFileVersionLS, 0x00010000u + 1056u);
-    ASSERT_TRUE(VerQueryValueA(resource.data(), "\\StringFileInfo\\040904b0\\FileVersion", &value,
-                               &length));
-    EXPECT_STREQ(static_cast<const char*>(value), "8.1.1 (r42291)");
+    for (const auto& [dll, names] : Dll("zspvoice.dll").imports()) {
+        EXPECT_TRUE(dll == "zspsc.dll" || dll == "KERNEL32.dll" || dll == "msvcrt.dll") << dll;
+        for (const std::string& name : names)
+            EXPECT_TRUE(dll != "zspsc.dll" || kExports.count(name)) << name;
+    }
 }
 
-TEST_F(Library, LoadsAndUnloadsManyTimes)
+TEST(Library, VersionResource)
 {
-    for (int i = 0; i < 1000; ++i) {
-        const HMODULE again = LoadLibraryA("zspsc.dll");
-        ASSERT_EQ(again, module_);
-        ASSERT_TRUE(FreeLibrary(again));
-    }
-    ASSERT_TRUE(FreeLibrary(module_));
-    ASSERT_EQ(GetModuleHandleA("zspsc.dll"), nullptr);
-    module_ = LoadLibraryA("zspsc.dll");
-    ASSERT_NE(module_, nullptr);
+    Dll("zspsc.dll").expectVersion(0x00080001, 0x00010000 + 1056, "8.1.1 (r42291)");
+    Dll("zspvoice.dll").expectVersion(0x00010000, 0, "1.0.0");
+}
+
+TEST(Library, LoadsAndUnloadsManyTimes)
+{
+    Dll("zspsc.dll").expectReloads(1000);
+    Dll("zspvoice.dll").expectReloads(1000);
 }
 
 } // namespace

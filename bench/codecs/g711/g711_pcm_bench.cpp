@@ -1,26 +1,20 @@
 // Blocks of speech through G.711: our definition, our fast version and the peers.
 
+#include "bench/support/peers.hpp"
 #include "bench/support/speech.hpp"
+#include "bench/support/versions.hpp"
 #include "codecs/g711/g711_pcm.hpp"
 
-#include <benchmark/benchmark.h>
-
-#include <sstream>
-
-#ifdef ZSPSC_PEER_LIBAVCODEC
-#include "bench/support/avcodec.hpp"
-#endif
-#ifdef ZSPSC_PEER_SPANDSP
-#include <spandsp.h>
-#endif
+#include <string>
 
 namespace {
 
+using namespace zsp::bench;
 using namespace zsp::g711;
 
 std::vector<std::int16_t> fullScaleSpeech()
 {
-    auto samples = zsp::bench::speech();
+    auto samples = speech();
     for (auto& sample : samples)
         sample = static_cast<std::int16_t>(sample * 4);
     return samples;
@@ -34,30 +28,24 @@ std::vector<std::uint8_t> codes(Law law)
     return all;
 }
 
-using Encode = void (*)(zsp::In16, zsp::Out8, Law) noexcept;
+using Encode = void (*)(zsp::In16, zsp::Out8, Law);
 
-void encode(benchmark::State& state, Law law, std::size_t block, Encode kernel)
+void encode(benchmark::State& state, Law law, Encode kernel)
 {
-    zsp::bench::Blocks blocks(fullScaleSpeech(), block);
+    const auto block = static_cast<std::size_t>(state.range(0));
+    Blocks blocks(fullScaleSpeech(), block);
     std::vector<std::uint8_t> out(block);
-    for (auto _ : state) {
-        kernel(blocks.next(), out, law);
-        benchmark::ClobberMemory();
-    }
-    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(block));
+    loop(state, block, [&] { kernel(blocks.next(), out, law); });
 }
 
-using Decode = void (*)(zsp::In8, zsp::Out16, Law) noexcept;
+using Decode = void (*)(zsp::In8, zsp::Out16, Law);
 
-void decode(benchmark::State& state, Law law, std::size_t block, Decode kernel)
+void decode(benchmark::State& state, Law law, Decode kernel)
 {
-    zsp::bench::Blocks blocks(codes(law), block);
+    const auto block = static_cast<std::size_t>(state.range(0));
+    Blocks blocks(codes(law), block);
     std::vector<std::int16_t> out(block);
-    for (auto _ : state) {
-        kernel(blocks.next(), out, law);
-        benchmark::ClobberMemory();
-    }
-    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(block));
+    loop(state, block, [&] { kernel(blocks.next(), out, law); });
 }
 
 #ifdef ZSPSC_PEER_SPANDSP
@@ -77,13 +65,14 @@ void decodeSpandsp(zsp::In8 in, zsp::Out16 out, Law law) noexcept
 #endif
 #ifdef ZSPSC_PEER_LIBAVCODEC
 
-void encodeLibavcodec(benchmark::State& state, Law law, std::size_t block)
+void encodeLibavcodec(benchmark::State& state, Law law)
 {
-    zsp::bench::Blocks blocks(fullScaleSpeech(), block);
+    const auto block = static_cast<std::size_t>(state.range(0));
+    Blocks blocks(fullScaleSpeech(), block);
     const auto id = law == Law::mu ? AV_CODEC_ID_PCM_MULAW : AV_CODEC_ID_PCM_ALAW;
-    zsp::bench::Avcodec coder(avcodec_find_encoder(id), 8000, [](AVCodecContext&) {});
+    Avcodec coder(avcodec_find_encoder(id), 8000, [](AVCodecContext&) {});
     coder.allocateFrame(static_cast<int>(block));
-    for (auto _ : state) {
+    loop(state, block, [&] {
         const auto samples = blocks.next();
         std::copy(samples.begin(), samples.end(),
                   reinterpret_cast<std::int16_t*>(coder.frame->data[0]));
@@ -91,34 +80,37 @@ void encodeLibavcodec(benchmark::State& state, Law law, std::size_t block)
             avcodec_receive_packet(coder.context, coder.packet) != 0)
             state.SkipWithError("encoder failed");
         av_packet_unref(coder.packet);
-    }
-    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(block));
+    });
 }
 
 #endif
 
+const Runs kBlocks = {{80}, {160}, {1024}};
+
 const bool registered = [] {
-    for (const Law law : {Law::mu, Law::a})
-        for (const std::size_t block : {80u, 160u, 1024u}) {
-            const auto add = [law, block](const char* direction, const char* version, auto function,
-                                          auto... kernel) {
-                std::ostringstream name;
-                name << direction << (law == Law::mu ? "/mulaw/" : "/alaw/") << version << '/'
-                     << block;
-                benchmark::RegisterBenchmark(name.str().c_str(), function, law, block, kernel...);
-            };
-            add("g711Encode", "definition", encode, encodeScalar);
-            add("g711Encode", "avx2", encode, encodeAvx2);
-            add("g711Decode", "definition", decode, decodeScalar);
-            add("g711Decode", "avx2", decode, decodeAvx2);
+    for (const Law law : {Law::mu, Law::a}) {
+        const std::string name = law == Law::mu ? "/mulaw" : "/alaw";
+        add<Encode>(
+            "g711Encode" + name, [law](auto& state, Encode k) { encode(state, law, k); },
+            {{"definition", encodeScalar}, {"avx2", encodeAvx2}}, kBlocks);
+        add<Decode>(
+            "g711Decode" + name, [law](auto& state, Decode k) { decode(state, law, k); },
+            {{"definition", decodeScalar}, {"avx2", decodeAvx2}}, kBlocks);
 #ifdef ZSPSC_PEER_SPANDSP
-            add("g711Encode", "spandsp", encode, encodeSpandsp);
-            add("g711Decode", "spandsp", decode, decodeSpandsp);
+        add<Encode>(
+            "g711Encode" + name, [law](auto& state, Encode k) { encode(state, law, k); },
+            {{"spandsp", encodeSpandsp}}, kBlocks);
+        add<Decode>(
+            "g711Decode" + name, [law](auto& state, Decode k) { decode(state, law, k); },
+            {{"spandsp", decodeSpandsp}}, kBlocks);
 #endif
 #ifdef ZSPSC_PEER_LIBAVCODEC
-            add("g711Encode", "libavcodec", encodeLibavcodec);
+        using Encoder = void (*)(benchmark::State&, Law);
+        add<Encoder>(
+            "g711Encode" + name, [law](auto& state, Encoder run) { run(state, law); },
+            {{"libavcodec", encodeLibavcodec}}, kBlocks);
 #endif
-        }
+    }
     return true;
 }();
 

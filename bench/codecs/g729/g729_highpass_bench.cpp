@@ -1,9 +1,8 @@
 // G.729's high-pass filter over speech in blocks of 10 ms.
 
 #include "bench/support/speech.hpp"
-#include "zspsc.h"
-
-#include <benchmark/benchmark.h>
+#include "bench/support/versions.hpp"
+#include "codecs/g729/g729_highpass.hpp"
 
 #include <algorithm>
 #include <array>
@@ -11,26 +10,36 @@
 
 namespace {
 
-constexpr std::size_t kBlock = 80;
+using namespace zsp::bench;
+using zsp::g729::HighPassState;
+using HighPass = void (*)(zsp::Out16, int, HighPassState&) noexcept;
 
-void highPass(benchmark::State& state, std::array<std::int16_t, 6> coeffs, int scaleFactor)
+void run(benchmark::State& state, HighPassState filter, int scaleFactor, HighPass kernel)
 {
-    zsp::bench::Blocks blocks(zsp::bench::speech(), kBlock);
-    std::array<std::byte, 24> filter;
-    zspsHighPassFilterInit_G729(coeffs.data(), filter.data());
+    constexpr std::size_t kBlock = 80;
+    Blocks blocks(speech(), kBlock);
     std::array<std::int16_t, kBlock> samples;
-    for (auto _ : state) {
-        const auto block = blocks.next();
-        std::copy(block.begin(), block.end(), samples.begin());
-        zspsHighPassFilter_G729_16s_ISfs(samples.data(), kBlock, scaleFactor, filter.data());
-        benchmark::ClobberMemory();
-    }
-    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kBlock));
+    loop(state, kBlock, [&] {
+        std::ranges::copy(blocks.next(), samples.begin());
+        kernel(samples, scaleFactor, filter);
+    });
 }
 
-BENCHMARK_CAPTURE(highPass, pre, {4096, 7807, -3733, 1899, -3798, 1899}, 12)
-    ->Name("g729HighPass/pre");
-BENCHMARK_CAPTURE(highPass, post, {8192, 15836, -7667, 7699, -15398, 7699}, 13)
-    ->Name("g729HighPass/post");
+void pre(benchmark::State& state, HighPass kernel)
+{
+    run(state, {.coeffs = {4096, 7807, -3733, 1899, -3798, 1899}}, 12, kernel);
+}
+
+void post(benchmark::State& state, HighPass kernel)
+{
+    run(state, {.coeffs = {8192, 15836, -7667, 7699, -15398, 7699}}, 13, kernel);
+}
+
+using zsp::g729::highPassAvx2, zsp::g729::highPassScalar;
+
+const bool registered = add<HighPass>("g729HighPass/pre", pre,
+                                      {{"definition", highPassScalar}, {"avx2", highPassAvx2}}) &&
+                        add<HighPass>("g729HighPass/post", post,
+                                      {{"definition", highPassScalar}, {"avx2", highPassAvx2}});
 
 } // namespace

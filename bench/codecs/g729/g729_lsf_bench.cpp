@@ -1,9 +1,8 @@
 // G.729's two conversions of ten line spectral pairs.
 
 #include "bench/support/speech.hpp"
-#include "zspsc.h"
-
-#include <benchmark/benchmark.h>
+#include "bench/support/versions.hpp"
+#include "codecs/g729/g729_lsf.hpp"
 
 #include <array>
 #include <cmath>
@@ -11,6 +10,9 @@
 #include <vector>
 
 namespace {
+
+using namespace zsp::bench;
+using zsp::g729::kOrder;
 
 /// Sets of ten cosines around even distances, all different.
 std::vector<std::int16_t> lspSets()
@@ -25,18 +27,20 @@ std::vector<std::int16_t> lspSets()
     return lsp;
 }
 
-void convert(benchmark::State& state, ZspStatus (*conversion)(const std::int16_t*, std::int16_t*))
+using Convert = void (*)(zsp::g729::LspIn, zsp::g729::LsfOut) noexcept;
+
+void convert(benchmark::State& state, Convert kernel)
 {
-    zsp::bench::Blocks sets(lspSets(), 10);
-    std::array<std::int16_t, 10> lsf;
-    for (auto _ : state) {
-        conversion(sets.next().data(), lsf.data());
-        benchmark::ClobberMemory();
-    }
-    state.SetItemsProcessed(state.iterations());
+    Blocks sets(lspSets(), kOrder);
+    std::array<std::int16_t, kOrder> lsf;
+    loop(state, std::size_t{1}, [&] { kernel(zsp::g729::LspIn(sets.next().data(), kOrder), lsf); });
 }
 
-BENCHMARK_CAPTURE(convert, radian, zspsLSPToLSF_G729_16s)->Name("g729LspToLsf/radian");
-BENCHMARK_CAPTURE(convert, norm, zspsLSPToLSF_Norm_G729_16s)->Name("g729LspToLsf/norm");
+const bool registered =
+    add<Convert>("g729LspToLsf/radian", convert,
+                 {{"definition", zsp::g729::lspToLsfScalar}, {"avx2", zsp::g729::lspToLsfAvx2}}) &&
+    add<Convert>(
+        "g729LspToLsf/norm", convert,
+        {{"definition", zsp::g729::lspToLsfNormScalar}, {"avx2", zsp::g729::lspToLsfNormAvx2}});
 
 } // namespace

@@ -80,9 +80,9 @@ constexpr fx::Word merge(Merge how, std::int32_t exact) noexcept
     }
 }
 
-/// The level of a band from the sums of its absolute values before the kept part of the frame and
-/// in it. The level is that of this frame and of the kept part of the last one; `subLevel` goes
-/// from that part to this frame's.
+/// The level of a band, from two sums of absolute values: those before the last part of the frame,
+/// and those in it. The level covers this frame and the last part of the frame before, which
+/// `subLevel` holds; afterwards it holds that of this frame.
 ///
 /// A band has at most 64 words, so sums and levels of words do not saturate before the last shift.
 constexpr fx::Word bandLevel(std::int32_t head, std::int32_t tail, int scale,

@@ -1,5 +1,7 @@
 // The high-pass filter of G.729: vectors, and a model for any coefficients.
 
+#include "codecs/g729/g729_highpass.hpp"
+
 #include "tests/support/contract.hpp"
 #include "tests/support/samples.hpp"
 #include "tests/support/vectors.hpp"
@@ -9,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -134,6 +137,34 @@ TEST(G729HighPass, EqualsModelForAllCoefficients)
         const Words input = samples.words(60);
         expectEqual(filtered(input, coeffs, scaleFactor), model(input, coeffs, scaleFactor),
                     "round " + std::to_string(round));
+    }
+}
+
+// Quiet runs, saturated ones and the changes between them; states that no filter left behind.
+TEST(G729HighPass, FastVersionEqualsDefinition)
+{
+    Samples samples(37);
+    for (int round = 0; round < 4000; ++round) {
+        const int scaleFactor = 12 + round % 2;
+        zsp::g729::HighPassState want{.coeffs = scaleFactor == 12 ? kPre : kPost};
+        for (auto& c : want.coeffs)
+            if (round % 3 == 0 && samples.below(3) == 0) c = samples.integer<std::int16_t>();
+        if (round % 4 == 0) {
+            want.y1 = samples.integer<std::int32_t>();
+            want.y2 = samples.integer<std::int32_t>();
+            want.x1 = samples.integer<std::int16_t>();
+            want.x2 = samples.integer<std::int16_t>();
+        }
+        Words input = samples.words(static_cast<std::size_t>(1 + samples.below(200)));
+        if (round % 5 < 3) // mostly below saturation
+            for (auto& x : input)
+                x = samples.below(40) ? static_cast<std::int16_t>(x >> 3) : x;
+        auto got = want;
+        Words out = input, expected = input;
+        zsp::g729::highPassScalar(expected, scaleFactor, want);
+        zsp::g729::highPassAvx2(out, scaleFactor, got);
+        expectEqual(out, expected, "round " + std::to_string(round));
+        ASSERT_EQ(std::memcmp(&got, &want, sizeof got), 0) << "state, round " << round;
     }
 }
 

@@ -1,6 +1,9 @@
 // The conversion of line spectral pairs to frequencies of G.729: vectors and known frequencies.
 
+#include "codecs/g729/g729_lsf.hpp"
+
 #include "tests/support/contract.hpp"
+#include "tests/support/samples.hpp"
 #include "tests/support/vectors.hpp"
 
 #include <gtest/gtest.h>
@@ -8,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -60,6 +64,37 @@ TEST(G729Lsf, KnownFrequencies)
         ASSERT_EQ(zspsLSPToLSF_Norm_G729_16s(lsp.data(), norm.data()), zspStsNoErr);
         expectEqual(Words(radian.begin() + 7, radian.end()), f.radian, f.why);
         expectEqual(Words(norm.begin() + 7, norm.end()), f.norm, f.why);
+    }
+}
+
+/// Both conversions of ten cosines, fast and by definition.
+void expectEqualVersions(const Words& lsp, const std::string& what)
+{
+    using namespace zsp::g729;
+    const LspIn in(lsp.data(), kOrder);
+    for (const auto& [fast, definition] :
+         {std::pair{&lspToLsfAvx2, &lspToLsfScalar}, {&lspToLsfNormAvx2, &lspToLsfNormScalar}}) {
+        Words got(kOrder), want(kOrder);
+        definition(in, LsfOut(want.data(), kOrder));
+        fast(in, LsfOut(got.data(), kOrder));
+        expectEqual(got, want, what);
+        Words inPlace = lsp;
+        fast(LspIn(inPlace.data(), kOrder), LsfOut(inPlace.data(), kOrder));
+        expectEqual(inPlace, want, what + ", in place");
+    }
+}
+
+TEST(G729Lsf, FastVersionsEqualDefinitions)
+{
+    for (int x = -32768; x <= 32767; ++x) // every cosine in every place
+        expectEqualVersions(Words(10, static_cast<std::int16_t>(x)), std::to_string(x));
+    Samples samples(32);
+    for (int round = 0; round < 20000; ++round) {
+        Words lsp = samples.words(10);
+        if (round % 4) std::sort(lsp.begin(), lsp.end(), std::greater<>());
+        if (round % 4 == 1) // ordered but for one place
+            std::swap(lsp[static_cast<std::size_t>(samples.below(9))], lsp[9]);
+        expectEqualVersions(lsp, "round " + std::to_string(round));
     }
 }
 

@@ -1,12 +1,12 @@
-# Compares the prototypes of the public header with the list that releases promised.
-#   cmake -DCC=... -DHEADER=... -DGOLDEN=... -DWORK_DIR=... -P abi_test.cmake
+# Compares the prototypes of a public header with the list that releases promised.
+#   cmake -DCC=... -DHEADER=... -DPREFIX=zsps -DGOLDEN=... -DWORK_DIR=... -P abi_test.cmake
 # A wanted change is made by copying the list that a failure names over the promised one.
 cmake_minimum_required(VERSION 3.25)
 file(MAKE_DIRECTORY ${WORK_DIR})
 file(WRITE ${WORK_DIR}/probe.c "#include \"${HEADER}\"\n")
 execute_process(COMMAND ${CC} -fsyntax-only -aux-info ${WORK_DIR}/raw.txt ${WORK_DIR}/probe.c
                 COMMAND_ERROR_IS_FATAL ANY)
-file(STRINGS ${WORK_DIR}/raw.txt lines REGEX "zsps")
+file(STRINGS ${WORK_DIR}/raw.txt lines REGEX " \\*?${PREFIX}[A-Za-z0-9_]+ \\(")
 set(prototypes "")
 foreach(line IN LISTS lines)
     # What stands before the prototype is the place of the declaration.

@@ -1,8 +1,12 @@
 /* A sub-band echo canceller in its plainest form: a normalised LMS filter per bin, the controller
- * that sets its steps and decides between it and its saved copy, and the filter bank around it. A
- * whole one is zspvEchoProcess() of libzspvoice; this is the skeleton to start an own one from. */
+ * that sets its steps and decides between it and its saved copy, and the filter bank around it.
+ * zspvEchoProcess() of libzspvoice is a whole one; this is the skeleton to start from.
+ *
+ *   echo_canceller [FILE.wav]      the far end: 16-bit mono PCM at 8 kHz; without a file, noise */
 
 #include "zspsc.h"
+
+#include "examples/wav.h"
 
 #include <math.h>
 #include <stdio.h>
@@ -46,14 +50,28 @@ static Zsp32fc error(Zsp32fc y, Zsp32fc* const* taps, Zsp32fc* const* history, i
     return y;
 }
 
-int main(void)
+/* The far end talks, here in noise. */
+static int16_t* talk(int* count)
 {
+    uint32_t noise = 1;
+    int16_t* samples = (int16_t*)need(calloc(kFrames * kHop, sizeof *samples));
+    for (int i = 0; i < kFrames * kHop; ++i) {
+        noise = noise * 1664525u + 1013904223u;
+        samples[i] = (int16_t)((int)(noise >> 17) - 16384);
+    }
+    *count = kFrames * kHop;
+    return samples;
+}
+
+int main(int argumentCount, char** arguments)
+{
+    int count = 0;
+    int16_t* far = argumentCount > 1 ? readWav(arguments[1], kRate, &count) : talk(&count);
+    const int frames = count / kHop;
     static Zsp32fc past[kTaps][kBins], adaptiveTaps[kTaps][kBins], fixedTaps[kTaps][kBins];
-    static float far[kFrames * kHop];
     Zsp32fc *history[kTaps], *adaptive[kTaps], *fixed[kTaps]; /* by delay, the newest first */
     int32_t stateSize, initSize, workSize, controllerSize;
     double echoPower = 0.0, residualPower = 0.0;
-    uint32_t noise = 1;
     int frame, bin, t, i;
 
     zspsSubbandProcessGetSize_32f(kOrder, kWindow, &stateSize, &initSize, &workSize);
@@ -72,21 +90,19 @@ int main(void)
         fixed[t] = fixedTaps[t];
     }
 
-    for (frame = 0; frame < kFrames; ++frame) {
-        float* newest = far + frame * kHop;
-        float mic[kHop], out[kHop], untouched[kHop], factor = 0.0F;
+    for (frame = 0; frame < frames; ++frame) {
+        float newest[kHop], mic[kHop], out[kHop], untouched[kHop], factor = 0.0F;
         Zsp32fc y[kBins], adaptErr[kBins], fixedErr[kBins];
         Zsp32fc* oldest = history[kTaps - 1];
         double step[kBins];
 
-        /* The far end talks, here in noise; the microphone hears it later, softer, twice. */
+        /* The microphone hears the far end later, softer, twice. */
         for (i = 0; i < kHop; ++i) {
             const int n = frame * kHop + i;
-            noise = noise * 1664525u + 1013904223u;
-            newest[i] = (float)(noise >> 17) - 16384.0F;
-            mic[i] = n < 2 * kEchoDelay
-                         ? 0.0F
-                         : 0.4F * far[n - kEchoDelay] - 0.2F * far[n - 2 * kEchoDelay];
+            newest[i] = (float)far[n];
+            mic[i] = n < 2 * kEchoDelay ? 0.0F
+                                        : 0.4F * (float)far[n - kEchoDelay] -
+                                              0.2F * (float)far[n - 2 * kEchoDelay];
         }
 
         memmove(history + 1, history, (kTaps - 1) * sizeof *history);
@@ -109,7 +125,7 @@ int main(void)
         zspsSubbandSynthesis_32fc32f(fixedErr, out, outBank, work);
         zspsSubbandSynthesis_32fc32f(y, untouched, echoBank, work);
 
-        for (i = 0; i < kHop && frame >= kFrames / 2; ++i) {
+        for (i = 0; i < kHop && frame >= frames / 2; ++i) {
             echoPower += untouched[i] * untouched[i];
             residualPower += out[i] * out[i];
         }
@@ -121,7 +137,8 @@ int main(void)
     free(outBank);
     free(echoBank);
     free(controller);
+    free(far);
     printf("echo return loss enhancement in the second half: %.1f dB\n",
            10.0 * log10(echoPower / residualPower));
-    return echoPower > 100.0 * residualPower ? 0 : 1;
+    return argumentCount > 1 || echoPower > 100.0 * residualPower ? 0 : 1;
 }

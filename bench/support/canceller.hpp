@@ -1,11 +1,10 @@
-// One frame of a canceller of 2.5 ms with a tail of 128 ms, in rows padded to whole vectors as a
-// canceller has them, and in rows without padding.
+// What a sub-band canceller has in memory, for the benchmarks of its inner loops: one frame of 2.5
+// ms with tails of 128 ms, in rows padded to whole vectors or not.
 #pragma once
 
 #include "bench/support/pool.hpp"
+#include "bench/support/versions.hpp"
 #include "zspsc.h"
-
-#include <benchmark/benchmark.h>
 
 #include <cstddef>
 #include <vector>
@@ -50,9 +49,6 @@ struct Canceller {
 };
 
 /// Bins and taps at 8 and 16 kHz, without padding and with.
-inline void shapes(benchmark::internal::Benchmark* benchmark)
-{
-    benchmark->Args({17, 55})->Args({20, 55})->Args({33, 55})->Args({36, 55});
-}
+inline const Runs kCancellerRuns = {{17, 55}, {20, 55}, {33, 55}, {36, 55}};
 
 } // namespace zsp::bench
