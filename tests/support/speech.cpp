@@ -1,3 +1,5 @@
+// Reads the bundled recordings.
+
 #include "tests/support/speech.hpp"
 
 #include <gtest/gtest.h>
