@@ -142,7 +142,7 @@ void highPassAvx2(Out16 samples, int scaleFactor, HighPassState& state) noexcept
     HighPassState s = state;
     const std::int32_t shifted = (1 << (16 - scaleFactor)) - 1;
     alignas(32) std::int16_t x[16 + kChunk] = {};
-    alignas(32) std::int32_t sums[kChunk];
+    alignas(32) std::int32_t sums[kChunk] = {}; // feedForward() fills it
     for (std::size_t i = 0; i < samples.size(); i += kChunk) {
         const Out16 chunk = samples.subspan(i, std::min(kChunk, samples.size() - i));
         const std::size_t n = chunk.size();
