@@ -7,6 +7,7 @@
 #   ./check.sh CHECK...                 one or some of these, or of what takes more packages:
 #
 #     tsan         the tests under the thread sanitizer
+#     fuzz         100 million random calls under the address sanitizer
 #     windows      cross-build with mingw-w64, all tests under Wine
 #     packages     Debian packages: lintian, install, use, remove (as root)
 #     reproducible two builds in different directories, compared byte by byte
@@ -56,6 +57,14 @@ check_tidy() {
 
 check_tsan() {
     cmake --workflow --preset tsan
+}
+
+# Ten million calls for each of ten seeds.
+check_fuzz() {
+    cmake --preset asan
+    cmake --build --preset asan --target zspsc_random_caller
+    seq 101 110 | xargs -P "$(nproc)" -I SEED \
+        build/asan/bin/zspsc_random_caller --calls 10000000 --seed SEED
 }
 
 check_windows() {

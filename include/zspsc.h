@@ -1267,7 +1267,8 @@ ZSPSC_API ZspStatus zspsSubbandProcessGetSize_32f(int32_t order, int32_t windowL
  * @param      initBuf    at least initBufSize bytes; may be null when that is 0
  * @retval zspStsBadArgErr    order < 1, frameSize not in 1 .. 2^order or windowLen < 1; after the
  *                            pointer also: windowLen is not a multiple of 2^order, or window is
- *                            null and the shape has no built-in window
+ *                            null and the shape has no built-in window, which is found when the
+ *                            state has its pointer to the window already
  * @retval zspStsNullPtrErr   state is null
  * @retval zspStsInternalErr  order > 26: there is no transform of this length
  */
@@ -1341,7 +1342,8 @@ ZSPSC_API ZspStatus zspsSubbandProcessGetSize_16s(int32_t order, int32_t windowL
  * @param      initBuf    at least initBufSize bytes; may be null when that is 0
  * @retval zspStsBadArgErr    order < 1, frameSize not in 1 .. 2^order or windowLen < 1; after the
  *                            pointer also: windowLen is not a multiple of 2^order, or window is
- *                            null and the shape has no built-in window
+ *                            null and the shape has no built-in window, which is found when the
+ *                            state has its pointer to the window already
  * @retval zspStsNullPtrErr   state is null
  * @retval zspStsInternalErr  order > 26: there is no transform of this length
  */

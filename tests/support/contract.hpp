@@ -13,6 +13,7 @@
 // and the processor is as a callee has to leave it.
 #pragma once
 
+#include "tests/support/bound.hpp"
 #include "tests/support/checked_call.hpp"
 #include "zspsc.h"
 
@@ -120,7 +121,7 @@ class Contract {
     Contract(std::string name, ZspStatus (*function)(P...), std::vector<Argument> arguments)
         : name_(std::move(name)), arguments_(std::move(arguments)),
           call_([function](const std::vector<Bound>& bound) {
-              return invoke(function, bound, std::index_sequence_for<P...>{});
+              return invoke(checked(function), bound);
           }),
           arity_(sizeof...(P))
     {
@@ -146,27 +147,6 @@ class Contract {
     void run() const;
 
   private:
-    struct Bound {
-        void* pointer = nullptr;
-        double number = 0;
-    };
-
-    template <typename P>
-    static P bind(const Bound& b)
-    {
-        if constexpr (std::is_pointer_v<P>)
-            return static_cast<P>(b.pointer);
-        else
-            return static_cast<P>(b.number);
-    }
-
-    template <typename... P, std::size_t... I>
-    static ZspStatus invoke(ZspStatus (*function)(P...), const std::vector<Bound>& bound,
-                            std::index_sequence<I...>)
-    {
-        return checked(function)(bind<P>(bound[I])...);
-    }
-
     void check(const std::vector<Argument>& arguments, ZspStatus want, std::size_t offset,
                const std::string& what) const;
 
