@@ -97,6 +97,10 @@ constexpr std::int32_t stepBytes(const ZspvCodec& info) noexcept
     return info.maxFrameBytes * info.stepSamples / info.frameSamples;
 }
 
+/// Samples that the steps in so many bytes hold; zspStsSizeErr where they are no whole steps, or
+/// too many to count.
+Frame wholeSteps(const Codec& codec, std::size_t bytes) noexcept;
+
 /// The frame at the beginning of `rest`, by the codec's own `look` or, for steps, as many as there
 /// are up to a nominal frame.
 Frame lookAtFrame(const Codec& codec, In8 rest) noexcept;
@@ -104,9 +108,8 @@ Frame lookAtFrame(const Codec& codec, In8 rest) noexcept;
 /// The descriptor of a row, null if the row is not of this library.
 const Codec* findCodec(const ZspvCodec* info) noexcept;
 
-/// The settings that parameters ask for. `params` may be null for the defaults.
-/// zspStsSizeErr: structSize is not plausible; zspStsRangeErr: a bit rate or DTX that the codec
-/// does not have.
+/// The settings that parameters with a plausible structSize ask for, or null for the defaults.
+/// zspStsRangeErr: a bit rate or DTX that the codec does not have.
 ZspStatus makeSettings(const Codec& codec, const ZspvParams* params, Settings& settings) noexcept;
 
 /// Whether the codec has this bit rate.

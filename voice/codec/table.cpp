@@ -31,12 +31,16 @@ Frame lookAtFrame(const Codec& codec, In8 rest) noexcept
     if (codec.look) return codec.look(codec, rest);
 
     const auto step = static_cast<std::size_t>(stepBytes(codec.info));
-    const auto largest = static_cast<std::size_t>(codec.info.maxFrameBytes);
-    Frame frame;
-    frame.bytes = std::min(rest.size() / step * step, largest);
-    if (frame.bytes == 0) frame.status = zspStsSizeErr;
-    frame.samples = static_cast<std::int32_t>(frame.bytes / step) * codec.info.stepSamples;
-    return frame;
+    return wholeSteps(codec, std::min(rest.size() / step * step,
+                                      static_cast<std::size_t>(codec.info.maxFrameBytes)));
+}
+
+Frame wholeSteps(const Codec& codec, std::size_t bytes) noexcept
+{
+    const auto step = static_cast<std::size_t>(stepBytes(codec.info));
+    const std::size_t samples = bytes / step * static_cast<std::size_t>(codec.info.stepSamples);
+    if (bytes == 0 || bytes % step != 0 || samples > INT32_MAX) return {.status = zspStsSizeErr};
+    return {.bytes = bytes, .samples = static_cast<std::int32_t>(samples)};
 }
 
 bool hasBitRate(const ZspvCodec& info, std::int32_t bitRate) noexcept
@@ -47,11 +51,7 @@ bool hasBitRate(const ZspvCodec& info, std::int32_t bitRate) noexcept
 
 ZspStatus makeSettings(const Codec& codec, const ZspvParams* params, Settings& settings) noexcept
 {
-    ZspvParams own{};
-    if (params) {
-        if (!plausible(*params)) return zspStsSizeErr;
-        own = readRecord(*params);
-    }
+    ZspvParams own = params ? readRecord(*params) : ZspvParams{};
     own.structSize = sizeof own;
     if (own.bitRate == 0) own.bitRate = codec.info.bitRates[0];
     if (!hasBitRate(codec.info, own.bitRate)) return zspStsRangeErr;
