@@ -1,8 +1,8 @@
 # What the scripts at the root need from Debian. Sourced, not run.
 
 library_packages=(g++ cmake ninja-build pkg-config)
-tool_packages=(libcli11-dev libsamplerate0-dev libsndfile1-dev zlib1g-dev)
-check_packages=(clang clang-format clang-tidy doxygen git ladspa-sdk libbenchmark-dev libgtest-dev sox)
+tool_packages=(libsamplerate0-dev libsndfile1-dev zlib1g-dev)
+check_packages=(clang clang-format clang-tidy doxygen ffmpeg git ladspa-sdk libbenchmark-dev libgtest-dev sox)
 windows_packages=(g++-mingw-w64-x86-64-posix googletest llvm wine64)
 
 # Installs those of the named packages that are missing; asks for root only when there are any.

@@ -3,257 +3,99 @@
 
 #include "tools/zsp/commands/commands.hpp"
 #include "tools/zsp/io/failure.hpp"
+#include "tools/zsp/io/text.hpp"
 
 #include "zspcore.h"
+#include "zspsc.h"
+#include "zspvoice.h"
 
-#include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
-#include <functional>
-#include <map>
+#include <exception>
 
 namespace zsp::host {
 
-namespace {
-
-/// The library computes with AVX2 throughout and would end with an illegal instruction elsewhere.
-void requireProcessor()
+bool processorSuffices()
 {
     constexpr std::uint64_t kNeeded = ZSP_CPU_AVX2 | ZSP_CPU_FMA | ZSP_CPU_BMI2;
-    if ((zspGetEnabledCpuFeatures() & kNeeded) != kNeeded)
+    return (zspGetEnabledCpuFeatures() & kNeeded) == kNeeded;
+}
+
+void requireProcessor()
+{
+    if (!processorSuffices())
         throw Failure("this processor lacks AVX2, FMA or BMI2, which the library needs");
 }
 
-const std::map<std::string, Container> kContainers = {{"auto", Container::automatic},
-                                                      {"wav", Container::wav},
-                                                      {"au", Container::au},
-                                                      {"raw", Container::raw}};
-const std::map<std::string, Encoding> kLaws = {
-    {"linear", Encoding::linear}, {"mu", Encoding::muLaw}, {"a", Encoding::aLaw}};
-const std::map<std::string, Packing> kPackings = {
-    {"none", Packing::unpacked}, {"rfc3551", Packing::rfc3551}, {"aal2", Packing::aal2}};
+namespace {
 
-const std::map<std::string, DetectorKind> kDetectors = {
-    {"amr1", DetectorKind::amr1}, {"amr2", DetectorKind::amr2}, {"amrwb", DetectorKind::amrWb}};
-
-/// Accepts the keys of `map`; the help lists them.
-template <typename T>
-CLI::Validator oneOf(const std::map<std::string, T>& map)
+std::vector<Command> allCommands()
 {
-    std::string names;
-    for (const auto& entry : map)
-        names += (names.empty() ? "" : "|") + entry.first;
-    CLI::Validator validator = CLI::CheckedTransformer(map, CLI::ignore_case);
-    validator.description(names);
-    return validator;
+    return {encodeCommand(), decodeCommand(), codecsCommand(), aecCommand(),
+            vadCommand(),    alcCommand(),    demoCommand(),   infoCommand()};
 }
 
-constexpr const char* kInputKind =
-    "Kind of the input file (default: by its header; by name when raw)";
-constexpr const char* kOutputKind =
-    "Kind of the output file (default: by its name; au for standard output)";
-
-void addFiles(CLI::App& command, std::string& input, std::string& output)
+std::string overview(const std::vector<Command>& commands)
 {
-    command.add_option("input", input, "Input file, - for standard input")->required();
-    command.add_option("output", output, "Output file, - for standard output")->required();
+    std::string text = "Usage: zsp COMMAND [OPTIONS] FILES\n\n"
+                       "Speech coding and voice processing for audio files.\n\nCommands:\n";
+    for (const Command& command : commands)
+        text += format("  %-9s", command.name.c_str()) + command.summary + "\n";
+    return text + "  help     Say more about a command: zsp help encode, or zsp encode --help\n\n"
+                  "The last file is the output, or -o FILE names it; - is standard input or "
+                  "output.\nzsp --version tells the versions, zsp demo shows everything at once.\n";
 }
 
-void addInfo(CLI::App& app)
+const Command& commandNamed(const std::vector<Command>& commands, const std::string& name)
 {
-    auto options = std::make_shared<InfoOptions>();
-    CLI::App* command = app.add_subcommand("info", "Library version, processor and exports");
-    command->add_flag("--exports", options->exports, "List the exported functions");
-    command->callback([options] { runInfo(*options); });
+    const auto found = std::find_if(commands.begin(), commands.end(),
+                                    [&name](const Command& c) { return c.name == name; });
+    if (found != commands.end()) return *found;
+    if (name == "g722" || name == "g726")
+        throw UsageError("no command " + name + ": it is zsp encode --codec " + name +
+                         " and zsp decode --codec " + name + " now");
+    if (name.starts_with('-')) throw UsageError(name + ": unknown option");
+    std::vector<std::string> names = {"help"};
+    for (const Command& command : commands)
+        names.push_back(command.name);
+    throw UsageError("no command " + name + suggestion(name, names));
 }
 
-void addG726(CLI::App& app)
+/// What the arguments ask for; `hint` becomes what tells more when that makes no sense.
+void run(const std::vector<std::string>& arguments, std::string& hint)
 {
-    CLI::App* group = app.add_subcommand("g726", "G.726 ADPCM at 16, 24, 32 or 40 kbit/s");
-    group->require_subcommand(1);
-    const auto add = [group](const char* name, const char* what, const char* law,
-                             const char* container, void (*run)(const G726Options&)) {
-        auto options = std::make_shared<G726Options>();
-        CLI::App* command = group->add_subcommand(name, what);
-        addFiles(*command, options->input, options->output);
-        command->add_option("-r,--rate", options->rate, "Bit rate in kbit/s")
-            ->check(CLI::IsMember({16, 24, 32, 40}))
-            ->capture_default_str();
-        command->add_option("-l,--law", options->law, law)->transform(oneOf(kLaws));
-        command->add_option("-f,--format", options->container, container)
-            ->transform(oneOf(kContainers));
-        command
-            ->add_option("-p,--packing", options->packing,
-                         "Order of the code words in the bytes; none: one per byte "
-                         "(default: rfc3551)")
-            ->transform(oneOf(kPackings));
-        command->callback([options, run] {
-            requireProcessor();
-            run(*options);
-        });
-    };
-    add("encode", "Code an 8 kHz mono audio file",
-        "Samples of a raw input file (default: linear); a header that tells otherwise is an error",
-        kInputKind, runG726Encode);
-    add("decode", "Decode a file of G.726 code words", "Samples to write (default: linear)",
-        kOutputKind, runG726Decode);
+    const std::vector<Command> commands = allCommands();
+    if (arguments.empty()) throw UsageError("no command is named");
+    const std::string& name = arguments[0];
+    if (name == "--help" || name == "-h" || (name == "help" && arguments.size() == 1)) {
+        std::fputs(overview(commands).c_str(), stdout);
+    } else if (name == "help") {
+        std::fputs(helpText(commandNamed(commands, arguments[1])).c_str(), stdout);
+    } else if (name == "--version" || name == "-V") {
+        std::printf("zsp %d.%d.%d, with libzspvoice %d.%d.%d\n", ZSPSC_VERSION_MAJOR,
+                    ZSPSC_VERSION_MINOR, ZSPSC_VERSION_PATCH, ZSPVOICE_VERSION_MAJOR,
+                    ZSPVOICE_VERSION_MINOR, ZSPVOICE_VERSION_PATCH);
+    } else {
+        const Command& command = commandNamed(commands, name);
+        hint = "zsp " + command.name + " --help";
+        runCommand(command, {arguments.begin() + 1, arguments.end()});
+    }
+    if (std::fflush(stdout) != 0) failWithErrno("-");
 }
 
-void addG722(CLI::App& app)
+int runAndTell(int argc, char** argv)
 {
-    CLI::App* group = app.add_subcommand("g722", "G.722 wide-band coding at 64, 56 or 48 kbit/s");
-    group->require_subcommand(1);
-    const auto add = [group](const char* name, const char* what, const char* container,
-                             void (*run)(const G722Options&)) {
-        auto options = std::make_shared<G722Options>();
-        CLI::App* command = group->add_subcommand(name, what);
-        addFiles(*command, options->input, options->output);
-        command
-            ->add_option("-m,--mode", options->mode,
-                         "1, 2 or 3: 64, 56 or 48 kbit/s of speech; a byte takes two samples in "
-                         "each, in modes 2 and 3 its lowest one and two bits are free")
-            ->check(CLI::IsMember({1, 2, 3}))
-            ->capture_default_str();
-        command->add_option("-f,--format", options->container, container)
-            ->transform(oneOf(kContainers));
-        command->callback([options, run] {
-            requireProcessor();
-            run(*options);
-        });
-    };
-    add("encode", "Code a 16 kHz mono audio file", kInputKind, runG722Encode);
-    add("decode", "Decode a .g722 file", kOutputKind, runG722Decode);
-}
-
-void addAlc(CLI::App& app)
-{
-    auto options = std::make_shared<AlcOptions>();
-    CLI::App* command = app.add_subcommand("alc", "G.169 automatic level control of a mono file");
-    addFiles(*command, options->input, options->output);
-    command->add_option("--max-gain", options->maxGainDb, "Largest gain in dB (default: 11.6)")
-        ->check(CLI::Range(0.0, 60.0));
-    command
-        ->add_option("--target", options->targetDb,
-                     "Speech level to reach, dB below full scale (default: 26.1)")
-        ->check(CLI::Range(0.0, 90.0));
-    command
-        ->add_option("--peak", options->peakDb, "Largest output, dB below full scale (default: 0)")
-        ->check(CLI::Range(0.0, 90.0));
-    command->add_option("--report", options->report, "HTML file with levels and gain over time");
-    command->callback([options] {
-        requireProcessor();
-        runAlc(*options);
-    });
-}
-
-void addVad(CLI::App& app)
-{
-    auto options = std::make_shared<VadOptions>();
-    CLI::App* command = app.add_subcommand(
-        "vad",
-        "Voice activity detection: speech segments, activity, comfort-noise schedule.\n"
-        "The input is mixed down to one channel and converted to 8 kHz (amr1, amr2) or 12.8 kHz "
-        "(amrwb). As in the speech encoders, it is cut below 80 Hz and halved, for amrwb cut below "
-        "50 Hz and emphasised. Pitch and tone flags, the high-pass correlation of amr1 and the "
-        "prediction gain of amr2 come from an open-loop pitch search of that signal, with the "
-        "library's lag search; the encoders search perceptually weighted speech, so their flags "
-        "may differ.");
-    command->add_option("input", options->input, "Audio file, - for standard input")->required();
-    command->add_option("-d,--detector", options->detector, "Which detector (default: amr1)")
-        ->transform(oneOf(kDetectors));
-    command->add_flag("--dtx", options->dtx,
-                      "Print what is sent per frame: S speech, F first "
-                      "comfort-noise frame, U update, . nothing");
-    command->add_option("--csv", options->csv, "File for decision, levels and noise per frame");
-    command->add_option("--report", options->report,
-                        "HTML file with waveform, decisions, levels and noise estimate");
-    command->callback([options] {
-        requireProcessor();
-        runVad(*options);
-    });
-}
-
-const std::map<std::string, bool> kSwitch = {{"on", true}, {"off", false}};
-
-void addAec(CLI::App& app)
-{
-    auto options = std::make_shared<AecOptions>();
-    CLI::App* command = app.add_subcommand(
-        "aec", "Remove the echo of the far end from a microphone's or line's signal");
-    command->add_option("--far", options->far, "What the loudspeaker or line was given")
-        ->required();
-    command->add_option("--mic", options->mic, "What came back; both at 8 or at 16 kHz, mono")
-        ->required();
-    command
-        ->add_option("-o,--output", options->output,
-                     "Output file, in time with the microphone's signal and as long")
-        ->required();
-    command->add_option("--tail", options->tailMs, "Longest echo in ms")
-        ->check(CLI::Range(8, 512))
-        ->capture_default_str();
-    command
-        ->add_option("--suppressor", options->suppressor,
-                     "Attenuate what the filters leave (default: off)")
-        ->transform(oneOf(kSwitch));
-    command->add_option("--alc", options->levelControl, "Level control after it (default: off)")
-        ->transform(oneOf(kSwitch));
-    command->add_option("--report", options->report, "HTML report of what was done");
-    command->callback([options] {
-        requireProcessor();
-        runAec(*options);
-    });
-}
-
-void addDemo(CLI::App& app)
-{
-    auto options = std::make_shared<DemoOptions>();
-    CLI::App* command = app.add_subcommand(
-        "demo", "Code bundled speech, or yours, and write what came out with a report");
-    command->add_option("input", options->input, "Speech to use instead of the bundled one");
-    command->add_option("-o,--output", options->directory, "Directory for the results")
-        ->take_last()
-        ->capture_default_str();
-    command->callback([options] {
-        requireProcessor();
-        runDemo(*options);
-    });
-}
-
-int run(int argc, char** argv)
-{
-    CLI::App app{"Speech coding and voice processing with the zspsc library.", "zsp"};
-    app.require_subcommand(1);
-    addInfo(app);
-    addG726(app);
-    addG722(app);
-    addAlc(app);
-    addVad(app);
-    addAec(app);
-    addDemo(app);
+    std::string hint = "zsp --help";
     try {
-        app.parse(argc, argv);
-    } catch (const CLI::Success& request) { // --help
-        return app.exit(request);
-    } catch (const CLI::RequiredError& error) {
-        const bool unknown = argc > 1 && app.get_subcommands().empty();
-        const std::string text =
-            unknown ? std::string("no command named ") + argv[1] : error.what();
-        std::fprintf(stderr, "zsp: %s\nTry 'zsp --help'.\n", text.c_str());
-        return 2;
-    } catch (const CLI::ParseError& error) {
-        std::fprintf(stderr, "zsp: %s\nTry 'zsp --help'.\n", error.what());
-        return 2;
+        run({argv + std::min(argc, 1), argv + argc}, hint);
+        return 0;
     } catch (const UsageError& error) {
-        std::fprintf(stderr, "zsp: %s\n", error.what());
+        std::fprintf(stderr, "zsp: %s\nTry '%s'.\n", error.what(), hint.c_str());
         return 2;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "zsp: %s\n", error.what());
         return 1;
     }
-    if (std::fflush(stdout) != 0) {
-        std::perror("zsp: standard output");
-        return 1;
-    }
-    return 0;
 }
 
 } // namespace
@@ -263,7 +105,7 @@ int run(int argc, char** argv)
 int main(int argc, char** argv)
 {
     try {
-        return zsp::host::run(argc, argv);
+        return zsp::host::runAndTell(argc, argv);
     } catch (...) { // memory is short already while the command line is set up
         std::fputs("zsp: out of memory\n", stderr);
         return 1;

@@ -25,7 +25,7 @@ Speech userSpeech(const std::string& path)
 {
     AudioReader reader(path);
     const Audio audio = readMono(reader);
-    return {convertedTo(8000, audio, path), convertedTo(16000, audio, path)};
+    return {resampled(audio, 8000), resampled(audio, 16000)};
 }
 
 } // namespace
@@ -45,16 +45,18 @@ double timesRealTime(double seconds, const std::function<void()>& work)
     return best;
 }
 
-void runDemo(const DemoOptions& options)
+namespace {
+
+void runDemo(const std::string& input, const std::string& directory)
 {
-    const bool bundled = options.input.empty();
-    const std::string name = bundled ? "bundled telephone prompts" : options.input;
+    const bool bundled = input.empty();
+    const std::string name = bundled ? "bundled telephone prompts" : input;
     const auto [narrow, wide] =
-        bundled ? Speech{bundledSpeech8k(), bundledSpeech16k()} : userSpeech(options.input);
+        bundled ? Speech{bundledSpeech8k(), bundledSpeech16k()} : userSpeech(input);
 
     std::error_code error;
-    std::filesystem::create_directories(options.directory, error);
-    if (error) throw Failure(options.directory, error.message());
+    std::filesystem::create_directories(directory, error);
+    if (error) throw Failure(directory, error.message());
 
     for (const Audio* speech : {&narrow, &wide})
         std::printf("Input: %s, %.1f s at %d kHz, %.1f dBFS\n", name.c_str(), speech->seconds(),
@@ -66,15 +68,35 @@ void runDemo(const DemoOptions& options)
             "levelled and searched for pauses by the zspsc library: what came out, "
             "and how much of the input it kept.",
             narrow.seconds(), wide.seconds(), name.c_str()));
-    demoCalls(narrow, wide, options.directory, report);
-    demoG726(narrow, options.directory, report);
-    demoG722(wide, options.directory, report);
-    demoLevel(wide, options.directory, report);
-    demoVad(narrow, options.directory, report);
+    demoCalls(narrow, wide, directory, report);
+    demoG726(narrow, directory, report);
+    demoG722(wide, directory, report);
+    demoLevel(wide, directory, report);
+    demoVad(narrow, directory, report);
 
-    const std::string path = options.directory + "/report.html";
+    const std::string path = directory + "/report.html";
     report.write(path);
     std::printf("\nReport: %s\n", path.c_str());
+}
+
+} // namespace
+
+Command demoCommand()
+{
+    return {.name = "demo",
+            .summary = "Show everything on bundled speech, or yours, with a report to look at",
+            .files = {{"[IN]"},
+                      "[DIR]",
+                      "IN is a recording of speech, - for standard input; without it there is "
+                      "bundled speech. DIR is where the sounds and report.html go (default: "
+                      "demo-out)."},
+            .examples = "  zsp demo\n"
+                        "  zsp demo speech.wav results\n",
+            .run = [](const Files& files) {
+                requireProcessor();
+                runDemo(files.inputs.empty() ? "" : files.inputs[0],
+                        files.output.empty() ? "demo-out" : files.output);
+            }};
 }
 
 } // namespace zsp::host

@@ -1,17 +1,29 @@
 // zsp vad: where there is speech in a file.
 
+#include "tools/zsp/cli/values.hpp"
 #include "tools/zsp/commands/commands.hpp"
 
 #include "tools/zsp/io/text.hpp"
 #include "tools/zsp/report/report.hpp"
+#include "tools/zsp/report/sound_clip.hpp"
 #include "tools/zsp/voice/vad_track.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
+#include <memory>
 
 namespace zsp::host {
 
 namespace {
+
+struct VadOptions {
+    std::string input;
+    const AudioFormat* format = nullptr;
+    DetectorKind detector = DetectorKind::amr1;
+    bool dtx = false;        // print the frame types of discontinuous transmission
+    std::string csv, report; // files, none when empty
+};
 
 char letterOf(TxType type)
 {
@@ -82,6 +94,9 @@ void writeReport(const VadTrack& track, const Audio& audio, const VadOptions& op
     report.tiles({{format("%.1f %%", 100 * track.activity()), "of the frames are speech"},
                   {format("%zu", track.segments().size()), "segments"},
                   {format("%.1f s", audio.seconds()), "of signal"}});
+    SoundClip clip(options.input, audio.rate);
+    clip.add(audio.samples);
+    report.players({clip.player("Input", options.report)});
     const Axis time{"time, s", 0, audio.seconds()};
     const Axis above{"", 0, audio.seconds(), false};
     std::vector<Chart> charts;
@@ -98,11 +113,10 @@ void writeReport(const VadTrack& track, const Audio& audio, const VadOptions& op
     report.write(options.report);
 }
 
-} // namespace
-
 void runVad(const VadOptions& options)
 {
-    AudioReader reader(options.input);
+    requireDistinct({&options.input, 1}, std::array{options.csv, options.report});
+    AudioReader reader(options.input, options.format);
     const Audio audio = readMono(reader);
     const VadTrack track = trackVoice(options.detector, audio);
     std::printf("%s: %.2f s at %d Hz, %s\n", options.input.c_str(), audio.seconds(), audio.rate,
@@ -111,6 +125,48 @@ void runVad(const VadOptions& options)
     if (options.dtx) printSchedule(track);
     if (!options.csv.empty()) writeCsv(track, options.csv);
     if (!options.report.empty()) writeReport(track, audio, options);
+}
+
+} // namespace
+
+Command vadCommand()
+{
+    const auto options = std::make_shared<VadOptions>();
+    return {
+        .name = "vad",
+        .summary = "Find speech in a file: segments, activity, what a sender would transmit",
+        .description =
+            "The signal is mixed down to one channel and converted to 8 kHz (amr1, amr2) or "
+            "12.8 kHz (amrwb). As in the speech encoders, it is cut below 80 Hz and halved, for "
+            "amrwb cut below 50 Hz and emphasised. Pitch and tone flags come from an open-loop "
+            "pitch search of that signal; the encoders search perceptually weighted speech, so "
+            "their flags may differ.",
+        .files = {{"IN"},
+                  "[OUT]",
+                  "IN is an audio file, - for standard input. OUT is a table in CSV of decision, "
+                  "levels and noise estimate per frame of 20 ms, if it is wanted."},
+        .options = {{"--detector", 'd', "amr1|amr2|amrwb", "Which detector (default: amr1)",
+                     takeChoice<DetectorKind>({{"amr1", DetectorKind::amr1},
+                                               {"amr2", DetectorKind::amr2},
+                                               {"amrwb", DetectorKind::amrWb}},
+                                              options->detector)},
+                    {"--dtx", 0, "",
+                     "Print what is sent per frame: S speech, F first comfort-noise frame, U "
+                     "update, . nothing",
+                     takeSwitch(options->dtx)},
+                    formatOption(options->format),
+                    {"--csv", 0, "FILE", "The same as OUT", takeText(options->csv)},
+                    {"--report", 0, "FILE",
+                     "HTML page with waveform, decisions, levels and noise estimate",
+                     takeText(options->report)}},
+        .examples = "  zsp vad --detector amrwb speech.wav\n"
+                    "  zsp vad speech.wav frames.csv --report activity.html\n",
+        .run = [options](const Files& files) {
+            requireProcessor();
+            options->input = files.inputs[0];
+            if (!files.output.empty()) options->csv = files.output;
+            runVad(*options);
+        }};
 }
 
 } // namespace zsp::host

@@ -12,7 +12,7 @@ namespace {
 Audio read(const std::uint8_t* begin, const std::uint8_t* end)
 {
     AudioReader reader("bundled speech", std::span(begin, end));
-    return readAsStored(reader);
+    return readMono(reader);
 }
 
 } // namespace

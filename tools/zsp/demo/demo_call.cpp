@@ -12,8 +12,7 @@
 
 #include "signals/measure.hpp"
 #include "signals/room.hpp"
-#include "tools/zsp/io/g722_codec.hpp"
-#include "tools/zsp/io/g726_codec.hpp"
+#include "tools/zsp/codec/coder.hpp"
 #include "tools/zsp/io/text.hpp"
 #include "tools/zsp/report/call_charts.hpp"
 #include "tools/zsp/voice/level_control.hpp"
@@ -113,25 +112,11 @@ void addModem(Words& words, int rate)
     }
 }
 
-/// A direction's coder and decoder in one; the delay is taken out.
+/// A direction's coder and decoder in one.
 Words codedAndDecoded(const Words& samples, int rate)
 {
-    Words in = samples, decoded;
-    if (rate == 8000) {
-        std::vector<std::uint8_t> codes(in.size());
-        decoded.resize(in.size());
-        G726Encoder(32).encode(in, codes);
-        G726Decoder(32, G726Law::linear).decode(codes, decoded);
-        return decoded;
-    }
-    in.resize(in.size() + kG722Delay + in.size() % 2);
-    std::vector<std::uint8_t> codes(in.size() / 2);
-    decoded.resize(in.size());
-    G722Encoder(1).encode(in, codes);
-    G722Decoder(1).decode(codes, decoded);
-    decoded.erase(decoded.begin(), decoded.begin() + kG722Delay);
-    decoded.resize(samples.size());
-    return decoded;
+    const CodecSetting setting = withRate(codecsNamed(rate == 8000 ? "g726" : "g722"), 0);
+    return decodedInTime(setting, encodedWhole(setting, samples), samples.size());
 }
 
 /// Everything that came of a call.
@@ -264,7 +249,7 @@ void tell(const Scene& scene, const Outcome& o, const std::string& directory, Re
     std::vector<Report::Player> players;
     const auto sound = [&](const char* file, const char* label, const Words& words) {
         players.push_back({"call-" + scene.name + "-" + file + ".wav", label});
-        writeWav(directory + "/" + players.back().file, words, scene.rate);
+        writeWav(directory + "/" + players.back().source, words, scene.rate);
     };
     sound("far", "Far end, as played", o.call.far);
     sound("mic", "Microphone or line", o.call.mic);

@@ -3,10 +3,10 @@
 #include "tools/zsp/demo/demo.hpp"
 
 #include "signals/measure.hpp"
-#include "tools/zsp/io/g722_codec.hpp"
-#include "tools/zsp/io/g726_codec.hpp"
+#include "tools/zsp/codec/coder.hpp"
 #include "tools/zsp/io/text.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 
@@ -14,7 +14,6 @@ namespace zsp::host {
 
 namespace {
 
-constexpr std::size_t kColumns = 824; // of a spectrogram
 constexpr double kFloorDb = -100, kCeilingDb = -20;
 
 /// One rate's outcome.
@@ -31,36 +30,30 @@ void measure(Run& run, const Audio& speech)
     run.segmentalSnr = signals::segmentalSnrDb(speech.samples, run.decoded, speech.rate);
 }
 
-Run runG726(int kbit, const Audio& speech)
+Run runCoder(const CodecSetting& setting, const Audio& speech)
 {
-    const std::vector<std::int16_t>& in = speech.samples;
     Run run;
-    run.kbit = kbit;
-    run.decoded.resize(in.size());
-    std::vector<std::uint8_t> codes(in.size());
-    run.encodeSpeed = timesRealTime(speech.seconds(), [&] { G726Encoder(kbit).encode(in, codes); });
-    run.decodeSpeed = timesRealTime(
-        speech.seconds(), [&] { G726Decoder(kbit, G726Law::linear).decode(codes, run.decoded); });
+    run.kbit = setting.bitRate / 1000;
+    std::vector<std::uint8_t> bytes;
+    run.encodeSpeed =
+        timesRealTime(speech.seconds(), [&] { bytes = encodedWhole(setting, speech.samples); });
+    run.decodeSpeed = timesRealTime(speech.seconds(), [&] {
+        run.decoded = decodedInTime(setting, bytes, speech.samples.size());
+    });
     measure(run, speech);
     return run;
 }
 
-Run runG722(int mode, const Audio& speech)
+/// Every rate of a family, the lowest first.
+std::vector<Run> runFamily(const std::string& family, const Audio& speech)
 {
-    // What the filters delay is coded as well, and cut off in front afterwards.
-    std::vector<std::int16_t> in = speech.samples;
-    in.resize(in.size() + kG722Delay + in.size() % 2);
-    Run run;
-    run.kbit = g722Rate(mode);
-    run.decoded.resize(in.size());
-    std::vector<std::uint8_t> bytes(in.size() / 2);
-    run.encodeSpeed = timesRealTime(speech.seconds(), [&] { G722Encoder(mode).encode(in, bytes); });
-    run.decodeSpeed =
-        timesRealTime(speech.seconds(), [&] { G722Decoder(mode).decode(bytes, run.decoded); });
-    run.decoded.erase(run.decoded.begin(), run.decoded.begin() + kG722Delay);
-    run.decoded.resize(speech.samples.size());
-    measure(run, speech);
-    return run;
+    std::vector<Run> runs;
+    for (const ZspvCodec* codec : codecsNamed(family))
+        for (const std::int32_t rate :
+             std::span(codec->bitRates, static_cast<std::size_t>(codec->bitRateCount)))
+            runs.push_back(runCoder({codec, rate}, speech));
+    std::sort(runs.begin(), runs.end(), [](const Run& a, const Run& b) { return a.kbit < b.kbit; });
+    return runs;
 }
 
 Chart spectrogramChart(const Axis& time, const std::string& caption,
@@ -68,7 +61,7 @@ Chart spectrogramChart(const Axis& time, const std::string& caption,
 {
     Chart chart(time, {"kHz", 0, rate / 2000.0}, height);
     chart.caption(caption);
-    chart.heatMap(spectrogram(samples, rate, kColumns), kFloorDb, kCeilingDb, "dBFS");
+    chart.heatMap(Spectrogram(samples, rate).map(), kFloorDb, kCeilingDb, "dBFS");
     return chart;
 }
 
@@ -141,9 +134,7 @@ void demoG726(const Audio& speech, const std::string& directory, Report& report)
     report.section("G.726 ADPCM, 16 to 40 kbit/s",
                    "Telephone speech at 8 kHz. Every further bit per sample buys speech some 4 to "
                    "6 dB.");
-    std::vector<Run> runs;
-    for (const int kbit : kG726Rates)
-        runs.push_back(runG726(kbit, speech));
+    const std::vector<Run> runs = runFamily("g726", speech);
     addFigures(runs, "g726", speech, directory, report);
     addCharts(runs, speech, report);
 }
@@ -155,9 +146,7 @@ void demoG722(const Audio& speech, const std::string& directory, Report& report)
                    "Wide-band speech at 16 kHz. The lower rates only leave bits of the lower band "
                    "out, so the error above 4 kHz stays. (The bundled speech has been "
                    "through this coder once before, which flatters the figures.)");
-    std::vector<Run> runs;
-    for (const int mode : {3, 2, 1})
-        runs.push_back(runG722(mode, speech));
+    const std::vector<Run> runs = runFamily("g722", speech);
     addFigures(runs, "g722", speech, directory, report);
     addCharts(runs, speech, report);
 }

@@ -96,7 +96,19 @@ void demoLevel(const Audio& speech, const std::string& directory, Report& report
                   [](std::int16_t& x) { x = static_cast<std::int16_t>(x / 4); });
     Audio output = input;
     LevelControl control;
-    const LevelTrack track = levelAll(control, output.samples, output.rate);
+    LevelHistory history(input.rate, {});
+    const std::size_t frame = LevelHistory::frame(input.rate);
+    std::vector<std::int16_t> block(frame);
+    for (std::size_t at = 0; at < input.samples.size(); at += frame) {
+        const std::size_t count = std::min(frame, input.samples.size() - at);
+        const auto before = std::span<const std::int16_t>(input.samples).subspan(at, count);
+        std::fill(std::copy(before.begin(), before.end(), block.begin()), block.end(), 0);
+        control.process(block, block);
+        const auto after = std::span<const std::int16_t>(block).first(count);
+        std::copy(after.begin(), after.end(),
+                  output.samples.begin() + static_cast<std::ptrdiff_t>(at));
+        history.add(before, after, control);
+    }
     writeWav(directory + "/level-input.wav", input.samples, input.rate);
     writeWav(directory + "/level-output.wav", output.samples, output.rate);
 
@@ -117,8 +129,7 @@ void demoLevel(const Audio& speech, const std::string& directory, Report& report
                   {format("%.1f dBFS", after.first), "first half after"},
                   {format("%.1f dBFS", after.second), "second half after"}});
     report.players({{"level-input.wav", "Before"}, {"level-output.wav", "After"}});
-    report.charts("Input, output, levels, gain", levelCharts(input, output, track),
-                  "Speech and noise levels are the control's own estimates.");
+    report.charts("Input, output, levels, gain", history.charts(), LevelHistory::note());
 }
 
 void demoVad(const Audio& speech, const std::string& directory, Report& report)

@@ -1,103 +1,17 @@
-// Audio files of 16-bit samples, read and written block by block.
+// Voice signals: one channel of 16-bit words, whole in memory or block by block.
 #pragma once
 
-#include "tools/zsp/io/files.hpp"
+#include "tools/zsp/io/audio_reader.hpp"
 
-#include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
-struct sf_private_tag; // libsndfile's SNDFILE
+struct SRC_STATE_tag; // libsamplerate's SRC_STATE
 
 namespace zsp::host {
-
-enum class Container { automatic, wav, au, raw };
-enum class Encoding { linear, muLaw, aLaw };
-
-/// "16-bit linear", "mu-law" or "A-law".
-std::string_view nameOf(Encoding encoding);
-
-struct SndfileCloser {
-    void operator()(sf_private_tag* file) const;
-};
-using SndfileHandle = std::unique_ptr<sf_private_tag, SndfileCloser>;
-
-/// Samples of any format that libsndfile reads, as 16-bit words. Raw input has no header: the
-/// caller says what it holds. Input that ends before its header says so is a Failure.
-class AudioReader {
-  public:
-    struct Raw {
-        Encoding encoding = Encoding::linear; ///< linear samples are little-endian words
-        int rate = 8000;
-    };
-
-    /// With Container::automatic the extensions .raw, .pcm, .sln, .ul and .al mean raw.
-    explicit AudioReader(const std::string& path, Container container = Container::automatic);
-    AudioReader(const std::string& path, Container container, Raw raw);
-    /// Reads a file that is already in memory; `name` appears in messages.
-    AudioReader(std::string name, std::span<const std::uint8_t> bytes);
-
-    [[nodiscard]] int rate() const { return rate_; }
-    [[nodiscard]] int channels() const { return channels_; }
-    [[nodiscard]] bool raw() const { return raw_; }
-    /// What the samples are stored as; nothing when neither 16-bit linear nor a G.711 law.
-    [[nodiscard]] std::optional<Encoding> encoding() const { return encoding_; }
-    /// Frames, one sample per channel each, when the input tells before its end.
-    [[nodiscard]] std::optional<std::uint64_t> frames() const { return frames_; }
-    [[nodiscard]] const std::string& path() const { return path_; }
-
-    /// Whole frames, as many as there are and `samples` holds; fewer only at the end.
-    std::size_t read(std::span<std::int16_t> samples);
-
-  private:
-    struct Memory {
-        std::span<const std::uint8_t> bytes;
-        std::size_t position = 0;
-    };
-
-    void describe(int format, std::int64_t frames);
-    std::size_t readRawWords(std::span<std::int16_t> samples);
-
-    std::string path_;
-    std::unique_ptr<InputFile> input_;
-    std::unique_ptr<Memory> memory_;
-    SndfileHandle file_;
-    int rate_ = 0;
-    int channels_ = 0;
-    bool raw_ = false;
-    std::optional<Encoding> encoding_;
-    std::optional<std::uint64_t> frames_;
-    std::uint64_t framesRead_ = 0;
-};
-
-/// Writes one channel as WAV, AU or without a header. With Container::automatic the extension
-/// decides: .wav; .au and .snd; everything else raw; AU on standard output.
-class AudioWriter {
-  public:
-    AudioWriter(const std::string& path, Container container, Encoding encoding, int rate);
-
-    /// Linear samples; compressed by the law of the file when it has one.
-    void write(std::span<const std::int16_t> samples);
-    /// Code words of the file's law, as they are.
-    void writeCodes(std::span<const std::uint8_t> codes);
-    /// Completes the header and gives the file its name.
-    void commit();
-
-  private:
-    void checkCount(std::int64_t done, std::size_t wanted);
-
-    OutputFile output_;
-    SndfileHandle file_;
-};
-
-/// Throws a Failure unless the input has one channel at `rate`. A coder would process anything else
-/// without a complaint, and to no use.
-void requireMono(const AudioReader& reader, int rate, const std::string& coder);
 
 /// A whole mono signal in memory.
 struct Audio {
@@ -110,16 +24,53 @@ struct Audio {
     }
 };
 
-/// Reads everything and mixes channels down to one, saying so on standard error.
-Audio readMono(AudioReader& reader);
+/// Converts a signal to another rate, block by block.
+class RateConverter {
+  public:
+    RateConverter(int from, int to);
+    /// Appends what `samples` give; `last` with the last of them, which gives the rest.
+    void convert(std::span<const std::int16_t> samples, bool last, std::vector<std::int16_t>& out);
 
-/// As stored: all samples of the one channel at the file's rate; more channels are a Failure.
-Audio readAsStored(AudioReader& reader);
+  private:
+    struct Closer {
+        void operator()(SRC_STATE_tag* state) const;
+    };
+    int from_, to_;
+    std::unique_ptr<SRC_STATE_tag, Closer> state_; // none when the rates are equal
+    std::vector<float> in_, out_;
+};
 
+/// A file's signal as one channel at a rate that is wanted: channels are mixed down and the rate is
+/// converted where they differ, and standard error is told.
+class VoiceInput {
+  public:
+    /// `rate` 0 is the file's own.
+    VoiceInput(AudioReader& reader, int rate);
+
+    [[nodiscard]] int rate() const { return rate_; }
+    /// Samples to come, when the input tells; not exact when the rate is converted.
+    [[nodiscard]] std::optional<std::uint64_t> total() const;
+    /// As many as there are and `samples` holds; fewer only at the end.
+    std::size_t read(std::span<std::int16_t> samples);
+
+  private:
+    void fill();
+
+    AudioReader& reader_;
+    int rate_;
+    RateConverter converter_;
+    std::vector<std::int16_t> block_, mixed_, ready_;
+    std::size_t position_ = 0; // in ready_
+    bool ended_ = false;
+};
+
+/// The rate at which a voice function works on a file: 8000 Hz for files at up to that, else 16000.
+int voiceRate(int fileRate);
+
+/// Everything, as VoiceInput reads it.
+Audio readMono(AudioReader& reader, int rate = 0);
 /// The same signal at another rate.
 Audio resampled(const Audio& audio, int rate);
-/// The same, saying so on standard error when the rates differ.
-Audio convertedTo(int rate, const Audio& audio, const std::string& path);
 
 void writeWav(const std::string& path, std::span<const std::int16_t> samples, int rate);
 

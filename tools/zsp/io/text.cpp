@@ -45,6 +45,28 @@ std::string escaped(const std::string& text)
     return result;
 }
 
+std::string lowerCase(std::string text)
+{
+    for (char& c : text)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    return text;
+}
+
+std::string countOf(std::uint64_t count, const std::string& noun)
+{
+    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
+std::string listed(const std::vector<std::string>& names)
+{
+    std::string list;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        if (i > 0) list += i + 1 < names.size() ? ", " : " or ";
+        list += names[i];
+    }
+    return list;
+}
+
 std::string ratioText(double db, int decimals)
 {
     return std::isnan(db) || db < -50 ? "-" : format("%.*f", decimals, db);

@@ -1,7 +1,9 @@
 // Small helpers for text.
 #pragma once
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
 namespace zsp::host {
 
@@ -10,6 +12,15 @@ namespace zsp::host {
 
 /// With the characters that mean something in HTML written as entities.
 std::string escaped(const std::string& text);
+
+/// ASCII letters in lower case.
+std::string lowerCase(std::string text);
+
+/// "1 byte", "2 bytes".
+std::string countOf(std::uint64_t count, const std::string& noun);
+
+/// "a, b or c".
+std::string listed(const std::vector<std::string>& names);
 
 /// A ratio in dB as text, or "-" where there was nothing but silence.
 std::string ratioText(double db, int decimals);

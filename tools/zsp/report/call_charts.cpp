@@ -9,8 +9,8 @@ namespace zsp::host {
 
 namespace {
 
-constexpr std::size_t kColumns = 824; // of a heat map
-constexpr double kFrame = 0.01;       // s, of a trace
+constexpr std::size_t kColumns = 1024; // of a heat map
+constexpr double kFrame = 0.01;        // s, of a trace
 
 /// The trace's uncertainty over time and frequency, thinned out to the width of a chart.
 HeatMap adaptationMap(const SendPathTrace& trace)
@@ -120,7 +120,7 @@ void CallCharts::addTo(Report& report) const
                                  const std::string& caption) {
         spectra.emplace_back(x, Axis{"kHz", 0, rate / 2000.0}, 100);
         spectra.back().caption(caption);
-        spectra.back().heatMap(spectrogram(samples, rate, kColumns), -100, -20, "dBFS");
+        spectra.back().heatMap(Spectrogram(samples, rate).map(), -100, -20, "dBFS");
     };
     addSpectrum(above, far, "Far end");
     addSpectrum(above, mic, "Microphone");

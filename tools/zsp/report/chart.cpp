@@ -9,8 +9,8 @@ namespace zsp::host {
 
 namespace {
 
-constexpr double kWidth = 960, kLeft = 62, kRight = 886;
-constexpr double kLegendHeight = 24, kAxisHeight = 38;
+constexpr double kWidth = 1000; // of the plot area, in units that stretch with the page
+constexpr double kAxisHeight = 38;
 
 /// 1, 2 or 5 times a power of ten, such that about `count` steps fill the range.
 double tickStep(const Axis& axis, double count)
@@ -31,10 +31,16 @@ std::vector<double> tickValues(const Axis& axis, double count)
     return values;
 }
 
-/// Pixels, to a tenth.
+/// To a tenth of a unit.
 std::string px(double value)
 {
     return format("%.1f", value);
+}
+
+/// A place in the plot's width, in per cent of it.
+std::string across(double x)
+{
+    return format("%.2f%%", x / kWidth * 100);
 }
 
 /// With a proper minus sign.
@@ -43,42 +49,46 @@ std::string number(double value)
     return (value < 0 ? "\u2212" : "") + format("%g", std::abs(value));
 }
 
-std::string textAt(double x, double y, const char* style, const std::string& text)
+/// Text at a place: `x` in pixels or per cent.
+std::string textAt(const std::string& x, double y, const char* style, const std::string& text,
+                   double shift = 0)
 {
-    return "<text class=\"" + std::string(style) + "\" x=\"" + px(x) + "\" y=\"" + px(y) + "\">" +
-           escaped(text) + "</text>";
+    return "<text class=\"" + std::string(style) + "\" x=\"" + x + "\" y=\"" + px(y) +
+           (shift != 0 ? "\" dx=\"" + px(shift) : "") + "\">" + escaped(text) + "</text>";
+}
+
+std::string imageOf(const HeatMap& map, double low, double high, const std::string& place)
+{
+    return "<image preserveAspectRatio=\"none\" " + place + " href=\"" + map.pngUri(low, high) +
+           "\"/>";
 }
 
 } // namespace
 
-Chart::Chart(Axis x, Axis y, int height)
-    : x_(std::move(x)), y_(std::move(y)), top_(kLegendHeight), bottom_(kLegendHeight + height)
+Chart::Chart(Axis x, Axis y, int height) : x_(std::move(x)), y_(std::move(y)), height_(height)
 {
-}
-
-void Chart::caption(const std::string& text)
-{
-    caption_ = text;
 }
 
 double Chart::toX(double x) const
 {
-    return kLeft + (x - x_.low) / (x_.high - x_.low) * (kRight - kLeft);
+    return (x - x_.low) / (x_.high - x_.low) * kWidth;
 }
 
 double Chart::toY(double y) const
 {
-    return bottom_ - (y - y_.low) / (y_.high - y_.low) * (bottom_ - top_);
+    return height_ - (y - y_.low) / (y_.high - y_.low) * height_;
 }
 
-void Chart::addLegend(int colour, const std::string& name, bool area)
+void Chart::addLegend(int colour, const std::string& name, const char* style)
 {
-    const auto same = [&name](const LegendEntry& entry) { return entry.name == name; };
-    if (!name.empty() && std::none_of(legend_.begin(), legend_.end(), same))
-        legend_.push_back({colour, name, area});
+    if (name.empty() ||
+        std::find(legendNames_.begin(), legendNames_.end(), name) != legendNames_.end())
+        return;
+    legendNames_.push_back(name);
+    legend_ += format("<span><i class=\"%s b%d\"></i>", style, colour) + escaped(name) + "</span>";
 }
 
-void Chart::polyline(std::span<const Point> points, int colour)
+void Chart::line(std::span<const Point> points, int colour, const std::string& name)
 {
     std::string path;
     bool down = false;
@@ -94,80 +104,49 @@ void Chart::polyline(std::span<const Point> points, int colour)
         down = true;
     }
     content_ += format("<path class=\"line c%d\" d=\"", colour) + path + "\"/>";
+    addLegend(colour, name, "stroke");
 }
 
-void Chart::line(std::span<const Point> points, int colour, const std::string& name)
+void Chart::waveform(const Envelope& envelope, int colour, const std::string& name)
 {
-    polyline(points, colour);
-    addLegend(colour, name, false);
-}
-
-void Chart::steps(std::span<const Point> points, int colour, const std::string& name)
-{
-    std::vector<Point> corners;
-    for (const Point& point : points) {
-        if (!corners.empty() && corners.back().y != point.y)
-            corners.push_back({point.x, corners.back().y});
-        else if (corners.size() > 1 && corners[corners.size() - 2].y == point.y)
-            corners.pop_back();
-        corners.push_back(point);
-    }
-    line(corners, colour, name);
-}
-
-void Chart::waveform(std::span<const std::int16_t> samples, int rate, int colour,
-                     const std::string& name)
-{
-    // Two columns per unit keep the outline crisp on dense screens.
-    const auto columns = static_cast<std::size_t>((kRight - kLeft) * 2);
     std::string upper, lower;
-    for (std::size_t column = 0; column < columns; ++column) {
-        const auto at = [&](std::size_t edge) {
-            const double x = x_.low + (x_.high - x_.low) * static_cast<double>(edge) /
-                                          static_cast<double>(columns);
-            return std::min(samples.size(), static_cast<std::size_t>(std::max(x * rate, 0.0)));
-        };
-        const std::size_t first = at(column);
-        const std::size_t last = std::min(samples.size(), std::max(at(column + 1), first + 1));
-        if (first >= last) continue;
-        const auto [least, largest] =
-            std::minmax_element(samples.begin() + static_cast<std::ptrdiff_t>(first),
-                                samples.begin() + static_cast<std::ptrdiff_t>(last));
-        const std::string x = px(kLeft + (static_cast<double>(column) + 0.5) / 2);
+    double at = envelope.interval() / 2;
+    for (const auto& [least, largest] : envelope.ranges()) {
+        const std::string x = px(toX(at));
         const auto y = [this](int value) {
             return toY(std::clamp(value / 32768.0, y_.low, y_.high));
         };
-        upper += (upper.empty() ? "M" : "L") + x + " " + px(y(*largest) - 0.3);
-        lower.insert(0, "L" + x + " " + px(y(*least) + 0.3));
+        upper += (upper.empty() ? "M" : "L") + x + " " + px(y(largest) - 0.3);
+        lower.insert(0, "L" + x + " " + px(y(least) + 0.3));
+        at += envelope.interval();
     }
     if (!upper.empty())
         content_ += format("<path class=\"area f%d\" d=\"", colour) + upper + lower + "Z\"/>";
-    addLegend(colour, name, true);
+    addLegend(colour, name, "fill");
 }
 
-void Chart::heatMap(const HeatMap& map, double low, double high, const std::string& unit)
+void Chart::heatMap(const TimedMap& timed, double low, double high, const std::string& unit)
 {
-    const auto image = [](const std::string& uri, double x, double width, double y, double height) {
-        return "<image preserveAspectRatio=\"none\" x=\"" + px(x) + "\" y=\"" + px(y) +
-               "\" width=\"" + px(width) + "\" height=\"" + px(height) + "\" href=\"" + uri +
-               "\"/>";
-    };
-    content_ += image(map.pngUri(low, high), kLeft, kRight - kLeft, top_, bottom_ - top_);
-    const double scaleLeft = kRight + 12, scaleWidth = 10;
-    labels_ += image(HeatMap::scale(64).pngUri(0, 1), scaleLeft, scaleWidth, top_, bottom_ - top_);
+    const double left = toX(timed.start), right = toX(timed.end);
+    content_ += imageOf(timed.map, low, high,
+                        "x=\"" + px(left) + "\" y=\"0\" width=\"" + px(right - left) +
+                            "\" height=\"" + px(height_) + "\"");
+    labels_ +=
+        imageOf(HeatMap::scale(64), 0, 1,
+                "class=\"scale\" x=\"100%\" y=\"0\" width=\"8\" height=\"" + px(height_) + "\"");
     const Axis scale{unit, low, high};
-    for (const double value : tickValues(scale, (bottom_ - top_) / 30)) {
-        const double y = bottom_ - (value - low) / (high - low) * (bottom_ - top_);
-        labels_ += textAt(scaleLeft + scaleWidth + 5, y + 4, "tick", number(value));
+    for (const double value : tickValues(scale, height_ / 30)) {
+        const double y = height_ - (value - low) / (high - low) * height_;
+        labels_ += textAt("100%", std::clamp(y + 4, 10.0, height_), "tick", number(value), 20);
     }
-    labels_ += textAt(scaleLeft + scaleWidth + 36, top_ - 9, "tick end", unit);
+    labels_ += textAt("100%", -9, "tick", unit, 8);
     covered_ = true;
 }
 
 void Chart::rectangle(std::string& layer, const char* style, double x0, double x1, double y0,
                       double y1, int colour) const
 {
-    const double left = std::max(toX(x0), kLeft), right = std::min(toX(x1), kRight);
+    const double left = std::max(toX(x0), 0.0), right = std::min(toX(x1), kWidth);
     if (right <= left) return;
     layer += format("<rect class=\"%s f%d\" x=\"%.1f\" y=\"%.1f\" width=\"%.1f\" height=\"%.1f\"/>",
                     style, colour, left, toY(y1), right - left, toY(y0) - toY(y1));
@@ -176,75 +155,85 @@ void Chart::rectangle(std::string& layer, const char* style, double x0, double x
 void Chart::bar(double x0, double x1, double y0, double y1, int colour, const std::string& name)
 {
     rectangle(content_, "bar", x0, x1, y0, y1, colour);
-    addLegend(colour, name, true);
+    addLegend(colour, name, "fill");
 }
 
 void Chart::shade(double x0, double x1, int colour, const std::string& name)
 {
     rectangle(behind_, "shade", x0, x1, y_.low, y_.high, colour);
-    addLegend(colour, name, true);
+    addLegend(colour, name, "fill faint");
+}
+
+void Chart::level(double y, int colour, const std::string& name)
+{
+    content_ +=
+        format("<path class=\"line dashed c%d\" d=\"M0 %.1fH%.0f\"/>", colour, toY(y), kWidth);
+    addLegend(colour, name, "stroke dashed");
 }
 
 void Chart::mark(double x, const std::string& text)
 {
-    const std::string at = px(toX(x));
-    labels_ += "<path class=\"mark\" d=\"M" + at + " " + px(top_) + "V" + px(bottom_) + "\"/>";
-    const bool nearEnd = toX(x) > kRight - 120;
-    labels_ += textAt(toX(x) + (nearEnd ? -4 : 4), top_ + 12, nearEnd ? "tick end" : "tick", text);
+    const std::string at = across(toX(x));
+    labels_ += "<line class=\"mark\" x1=\"" + at + "\" x2=\"" + at + "\" y1=\"0\" y2=\"" +
+               px(height_) + "\"/>";
+    if (text.empty()) return;
+    const bool nearEnd = toX(x) > kWidth * 0.86;
+    labels_ +=
+        textAt(at, 12, nearEnd ? "tick marktext end" : "tick marktext", text, nearEnd ? -4 : 4);
+    marks_ += (marks_.empty() ? "" : "; ") + format("%.1f s ", x) + text;
 }
 
 void Chart::rowLabel(double y, const std::string& text)
 {
-    labels_ += textAt(kLeft - 8, toY(y) + 4, "tick end", text);
+    labels_ += textAt("-8", toY(y) + 4, "tick end", text);
 }
 
-std::string Chart::axes() const
+std::string Chart::grid() const
 {
-    std::string grid;
-    const char* style = covered_ ? "tickmark" : "grid";
+    std::string lines;
+    if (y_.ticks && !covered_)
+        for (const double value : tickValues(y_, std::max(height_ / 34, 2.0)))
+            lines += format("<path class=\"grid\" d=\"M0 %.1fH%.0f\"/>", toY(value), kWidth);
+    return lines;
+}
+
+std::string Chart::ticks() const
+{
+    std::string text;
     if (y_.ticks)
-        for (const double value : tickValues(y_, std::max((bottom_ - top_) / 34, 2.0))) {
-            const double y = toY(value);
-            grid += format("<path class=\"%s\" d=\"M%.1f %.1fH%.1f\"/>", style, kLeft - 4, y,
-                           covered_ ? kLeft : kRight);
-            grid += textAt(kLeft - 8, y + 4, "tick end", number(value));
-        }
-    if (x_.ticks)
+        for (const double value : tickValues(y_, std::max(height_ / 34, 2.0)))
+            text += textAt("-8", toY(value) + 4, "tick end", number(value));
+    const std::string bottom = px(height_);
+    if (x_.ticks) {
+        bool odd = false;
         for (const double value : tickValues(x_, 12)) {
-            const double x = toX(value);
-            grid += format("<path class=\"tickmark\" d=\"M%.1f %.1fv4\"/>", x, bottom_);
-            grid += textAt(x, bottom_ + 17, "tick middle", number(value));
+            const std::string x = across(toX(value));
+            text += "<line class=\"frame\" x1=\"" + x + "\" x2=\"" + x + "\" y1=\"" + bottom +
+                    "\" y2=\"" + px(height_ + 4) + "\"/>";
+            text += textAt(x, height_ + 17, odd ? "tick middle odd" : "tick middle", number(value));
+            odd = !odd;
         }
-    grid += format("<path class=\"frame\" d=\"M%.1f %.1fH%.1f\"/>", kLeft, bottom_, kRight);
-    grid += textAt((kLeft + kRight) / 2, bottom_ + 33, "label middle", x_.label);
-    const double middle = (top_ + bottom_) / 2;
-    grid += format("<text class=\"label middle\" transform=\"translate(14 %.1f) rotate(-90)\">",
-                   middle) +
-            escaped(y_.label) + "</text>";
-    return grid;
+        text += textAt("50%", height_ + 33, "label middle", x_.label);
+    }
+    return text + "<line class=\"frame\" x1=\"0\" x2=\"100%\" y1=\"" + bottom + "\" y2=\"" +
+           bottom + "\"/>";
 }
 
-std::string Chart::svg() const
+std::string Chart::html() const
 {
-    std::string legend;
-    double x = kLeft;
-    if (!caption_.empty()) {
-        legend += textAt(x, 13, "label strong", caption_);
-        x += 7.2 * static_cast<double>(caption_.size()) + 24;
-    }
-    for (const LegendEntry& entry : legend_) {
-        const double height = entry.area ? 10 : 3;
-        legend +=
-            format("<rect class=\"bar f%d\" x=\"%.1f\" y=\"%.1f\" width=\"16\" height=\"%.0f\" "
-                   "rx=\"1.5\"/>",
-                   entry.colour, x, 9 - height / 2, height);
-        legend += textAt(x + 22, 13, "tick", entry.name);
-        x += 22 + 6.6 * static_cast<double>(entry.name.size()) + 20;
-    }
-    return format("<svg viewBox=\"0 0 %.0f %.0f\" role=\"img\">", kWidth,
-                  bottom_ + (x_.ticks ? kAxisHeight : 8)) +
-           legend + behind_ + (covered_ ? content_ + axes() : axes() + content_) + labels_ +
-           "</svg>";
+    std::string heading;
+    if (!caption_.empty()) heading += "<b>" + escaped(caption_) + "</b>";
+    if (!y_.label.empty())
+        heading += "<em>" + escaped(caption_.empty() ? y_.label : ", " + y_.label) + "</em>";
+    const double total = height_ + (x_.ticks ? kAxisHeight : 6);
+    return "<figure><figcaption>" + heading + legend_ + "</figcaption><div class=\"plot\">" +
+           format("<svg height=\"%.0f\" role=\"img\">", total) +
+           format("<svg width=\"100%%\" height=\"%.0f\" viewBox=\"0 0 %.0f %.0f\" "
+                  "preserveAspectRatio=\"none\">",
+                  height_, kWidth, height_) +
+           behind_ + grid() + content_ + "</svg>" + ticks() + labels_ + "</svg></div>" +
+           (marks_.empty() ? "" : "<p class=\"marks\">Marks: " + escaped(marks_) + ".</p>") +
+           "</figure>";
 }
 
 } // namespace zsp::host

@@ -1,12 +1,8 @@
 #include "tools/zsp/report/image.hpp"
 
-#include "signals/measure.hpp"
-
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <complex>
-#include <numbers>
 #include <string_view>
 #include <zlib.h>
 
@@ -56,11 +52,13 @@ Bytes palette()
     return colours;
 }
 
-std::string base64(std::span<const std::uint8_t> bytes)
+} // namespace
+
+std::string dataUri(const std::string& type, std::span<const std::uint8_t> bytes)
 {
     constexpr std::string_view kDigits =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string text;
+    std::string text = "data:" + type + ";base64,";
     for (std::size_t i = 0; i < bytes.size(); i += 3) {
         const std::size_t count = std::min<std::size_t>(bytes.size() - i, 3);
         std::uint32_t group = 0;
@@ -71,29 +69,6 @@ std::string base64(std::span<const std::uint8_t> bytes)
     }
     return text;
 }
-
-/// In place, for a power of two of values.
-void fourier(std::span<std::complex<double>> x)
-{
-    const std::size_t n = x.size();
-    if (n == 1) return;
-    std::vector<std::complex<double>> even(n / 2), odd(n / 2);
-    for (std::size_t i = 0; i < n / 2; ++i) {
-        even[i] = x[2 * i];
-        odd[i] = x[2 * i + 1];
-    }
-    fourier(even);
-    fourier(odd);
-    for (std::size_t k = 0; k < n / 2; ++k) {
-        const double angle =
-            -2.0 * std::numbers::pi * static_cast<double>(k) / static_cast<double>(n);
-        const std::complex<double> turned = std::polar(1.0, angle) * odd[k];
-        x[k] = even[k] + turned;
-        x[k + n / 2] = even[k] - turned;
-    }
-}
-
-} // namespace
 
 std::string HeatMap::pngUri(double low, double high) const
 {
@@ -121,7 +96,7 @@ std::string HeatMap::pngUri(double low, double high) const
     appendChunk(png, "PLTE", palette());
     appendChunk(png, "IDAT", packed);
     appendChunk(png, "IEND", {});
-    return "data:image/png;base64," + base64(png);
+    return dataUri("image/png", png);
 }
 
 HeatMap HeatMap::scale(std::size_t rows)
@@ -129,37 +104,6 @@ HeatMap HeatMap::scale(std::size_t rows)
     HeatMap map(1, rows);
     for (std::size_t row = 0; row < rows; ++row)
         map.at(0, row) = static_cast<float>(row) / static_cast<float>(rows - 1);
-    return map;
-}
-
-HeatMap spectrogram(std::span<const std::int16_t> samples, int rate, std::size_t columns)
-{
-    // 32 ms of a Hann window: 31 Hz per row, speech harmonics stay apart.
-    const std::size_t length = rate <= 8000 ? 256 : 512;
-    std::vector<double> window(length);
-    for (std::size_t i = 0; i < length; ++i)
-        window[i] = 0.5 - 0.5 * std::cos(2.0 * std::numbers::pi * (static_cast<double>(i) + 0.5) /
-                                         static_cast<double>(length));
-    // A sine of amplitude 32768 has the magnitude 32768 * length / 4 in its bin.
-    const double fullScale = 32768.0 * static_cast<double>(length) / 4.0;
-
-    HeatMap map(columns, length / 2);
-    std::vector<std::complex<double>> block(length);
-    for (std::size_t column = 0; column < columns; ++column) {
-        const auto centre = static_cast<std::ptrdiff_t>((static_cast<double>(column) + 0.5) *
-                                                        static_cast<double>(samples.size()) /
-                                                        static_cast<double>(columns));
-        for (std::size_t i = 0; i < length; ++i) {
-            const std::ptrdiff_t at =
-                centre + static_cast<std::ptrdiff_t>(i) - static_cast<std::ptrdiff_t>(length / 2);
-            const bool inside = at >= 0 && at < static_cast<std::ptrdiff_t>(samples.size());
-            block[i] = inside ? window[i] * samples[static_cast<std::size_t>(at)] : 0.0;
-        }
-        fourier(block);
-        for (std::size_t row = 0; row < length / 2; ++row)
-            map.at(column, row) =
-                static_cast<float>(signals::decibels(std::norm(block[row]), fullScale * fullScale));
-    }
     return map;
 }
 

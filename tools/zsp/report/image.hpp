@@ -8,6 +8,9 @@
 
 namespace zsp::host {
 
+/// Bytes as a data URI of a type such as "image/png".
+std::string dataUri(const std::string& type, std::span<const std::uint8_t> bytes);
+
 /// Columns run to the right, rows upwards, as the axes of a plot do.
 class HeatMap {
   public:
@@ -30,8 +33,5 @@ class HeatMap {
     std::size_t columns_, rows_;
     std::vector<float> values_;
 };
-
-/// Power over time and frequency in dB relative to a sine at full scale, 0 Hz to half the rate.
-HeatMap spectrogram(std::span<const std::int16_t> samples, int rate, std::size_t columns);
 
 } // namespace zsp::host

@@ -45,19 +45,40 @@ tr:last-child td { border-bottom: 0; }
 .players { display: grid; grid-template-columns: repeat(auto-fit, minmax(280px, 1fr)); gap: 10px 18px; }
 .players label { display: block; font-size: 13px; color: var(--soft); }
 audio { width: 100%; height: 36px; }
-svg { display: block; width: 100%; height: auto; overflow: visible; }
+figure { margin: 0 0 8px; }
+figcaption { display: flex; flex-wrap: wrap; gap: 2px 14px; align-items: center; color: var(--soft);
+  font-size: 13px; line-height: 1.3; padding: 0 62px 5px; }
+figcaption b { color: var(--ink); font-weight: 600; } figcaption em { font-style: normal; }
+figcaption b + em { margin-left: -14px; } figcaption span { white-space: nowrap; }
+figcaption i { display: inline-block; width: 16px; margin-right: 6px; vertical-align: middle; }
+i.fill { height: 10px; border-radius: 1.5px; } i.stroke { height: 3px; } i.faint { opacity: .3; }
+i.dashed { -webkit-mask: linear-gradient(90deg, #000 60%, #0000 0) 0 0/6px; mask: linear-gradient(90deg, #000 60%, #0000 0) 0 0/6px; }
+.plot { margin: 0 62px; }
+.plot > svg { display: block; width: 100%; overflow: visible; }
 svg text { font: 12px system-ui, "Segoe UI", Roboto, "DejaVu Sans", sans-serif; fill: var(--ink); }
 svg text.tick { fill: var(--soft); font-variant-numeric: tabular-nums; }
-svg text.label { fill: var(--soft); } svg text.strong { fill: var(--ink); font-weight: 600; }
-.end { text-anchor: end; } .middle { text-anchor: middle; }
-.grid { stroke: var(--rule); } .frame, .tickmark { stroke: var(--soft); }
+svg text.label { fill: var(--soft); }
+.end { text-anchor: end; } .middle { text-anchor: middle; } .scale { transform: translateX(8px); }
+path, .frame { vector-effect: non-scaling-stroke; }
+.grid { stroke: var(--rule); fill: none; } .frame { stroke: var(--soft); }
 .line { fill: none; stroke-width: 1.8; stroke-linejoin: round; stroke-linecap: round; }
-.mark { stroke: var(--ink); stroke-width: 1.2; stroke-dasharray: 4 3; fill: none; }
+.dashed.line { stroke-dasharray: 6 4; }
+.mark { stroke: var(--ink); stroke-width: 1.2; stroke-dasharray: 4 3; }
+.marks { display: none; }
 .shade { opacity: .14; } .area { opacity: .9; }
-.c0 { stroke: var(--ink); } .f0 { fill: var(--ink); }
-.c1 { stroke: var(--c1); } .f1 { fill: var(--c1); } .c2 { stroke: var(--c2); } .f2 { fill: var(--c2); }
-.c3 { stroke: var(--c3); } .f3 { fill: var(--c3); } .c4 { stroke: var(--c4); } .f4 { fill: var(--c4); }
-.c5 { stroke: var(--c5); } .f5 { fill: var(--c5); } .c6 { stroke: var(--c6); } .f6 { fill: var(--c6); }
+.c0 { stroke: var(--ink); } .f0 { fill: var(--ink); } .b0 { background: var(--ink); }
+.c1 { stroke: var(--c1); } .f1 { fill: var(--c1); } .b1 { background: var(--c1); }
+.c2 { stroke: var(--c2); } .f2 { fill: var(--c2); } .b2 { background: var(--c2); }
+.c3 { stroke: var(--c3); } .f3 { fill: var(--c3); } .b3 { background: var(--c3); }
+.c4 { stroke: var(--c4); } .f4 { fill: var(--c4); } .b4 { background: var(--c4); }
+.c5 { stroke: var(--c5); } .f5 { fill: var(--c5); } .b5 { background: var(--c5); }
+.c6 { stroke: var(--c6); } .f6 { fill: var(--c6); } .b6 { background: var(--c6); }
+@media (max-width: 640px) {
+  main { padding: 24px 10px 48px; } h1 { font-size: 25px; }
+  .card { padding: 12px 10px 8px; } figcaption { padding: 0 0 5px; } .plot { margin: 0 40px 0 44px; }
+  .odd, .marktext { display: none; } .marks { display: block; }
+  .tiles { grid-template-columns: repeat(auto-fit, minmax(130px, 1fr)); } .tile b { font-size: 20px; }
+  th, td { padding: 6px 8px; } table { font-size: 13.5px; } }
 footer { margin-top: 48px; font-size: 13px; color: var(--soft); }
 )css";
 
@@ -113,7 +134,7 @@ void Report::charts(const std::string& title, std::span<const Chart> charts,
 {
     body_ += "<div class=\"card\"><h3>" + escaped(title) + "</h3>" + paragraph(note);
     for (const Chart& chart : charts)
-        body_ += chart.svg() + "\n";
+        body_ += chart.html() + "\n";
     body_ += "</div>\n";
 }
 
@@ -122,7 +143,7 @@ void Report::players(const std::vector<Player>& players)
     body_ += "<div class=\"card players\">";
     for (const Player& player : players)
         body_ += "<label>" + escaped(player.label) + "<audio controls preload=\"none\" src=\"" +
-                 escaped(player.file) + "\"></audio></label>";
+                 escaped(player.source) + "\"></audio></label>";
     body_ += "</div>\n";
 }
 

@@ -26,9 +26,9 @@ class Report {
     /// Charts below one another in one frame.
     void charts(const std::string& title, std::span<const Chart> charts,
                 const std::string& note = "");
-    /// A player for a WAV file in the report's directory.
+    /// A player for a sound: a file beside the report or a data URI.
     struct Player {
-        std::string file, label;
+        std::string source, label;
     };
     void players(const std::vector<Player>& players);
 

@@ -30,6 +30,10 @@ class Packer {
     int pendingBits_ = 0;
 };
 
+/// Drops code words of 0 at the end, as many as may fill up the last byte. From 3 bits on they are
+/// told from code words, since no encoder sends 0.
+void dropFilling(std::vector<std::uint8_t>& words, int bits);
+
 /// The opposite of Packer. Bits behind the last whole code word are dropped.
 class Unpacker {
   public:

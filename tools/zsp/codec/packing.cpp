@@ -1,4 +1,4 @@
-#include "tools/zsp/io/packing.hpp"
+#include "tools/zsp/codec/packing.hpp"
 
 namespace zsp::host {
 
@@ -43,6 +43,13 @@ void Packer::finish(std::vector<std::uint8_t>& bytes)
     bytes.push_back(static_cast<std::uint8_t>(byte));
     pendingBits_ = 0;
     pending_ = 0;
+}
+
+void dropFilling(std::vector<std::uint8_t>& words, int bits)
+{
+    for (int most = bits > 2 ? 7 / bits : 0; most > 0 && !words.empty() && words.back() == 0;
+         --most)
+        words.pop_back();
 }
 
 void Unpacker::unpack(std::span<const std::uint8_t> bytes, std::vector<std::uint8_t>& codes)

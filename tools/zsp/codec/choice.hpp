@@ -1,0 +1,37 @@
+// Which codec of libzspvoice a command line means.
+#pragma once
+
+#include "zspvoice.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace zsp::host {
+
+/// A row of the library's table and one of its bit rates.
+struct CodecSetting {
+    const ZspvCodec* codec;
+    std::int32_t bitRate;
+};
+
+/// All rows, in the library's order.
+std::vector<const ZspvCodec*> allCodecs();
+
+/// Rows of a family ("g726") or with an RTP name ("G726-24"), letter case aside.
+std::vector<const ZspvCodec*> codecsNamed(const std::string& name);
+/// Rows whose raw files have the extension of this path.
+std::vector<const ZspvCodec*> codecsByExtension(const std::string& path);
+/// The families' names, "pcmu, pcma, g722 ...".
+std::string familyNames();
+
+/// The bit rate that a text means: 24, 24k, 24000, 5.3 or 6.60. 0 for anything else.
+std::int32_t bitRateOf(const std::string& text);
+/// "16, 24, 32 or 40 kbit/s": the rates of some rows.
+std::string rateNames(const std::vector<const ZspvCodec*>& codecs);
+
+/// The one of these rows (at least one) that has a bit rate; without one, which is 0, what the
+/// family is usually used with. Throws a UsageError when none has it.
+CodecSetting withRate(const std::vector<const ZspvCodec*>& codecs, std::int32_t bitRate);
+
+} // namespace zsp::host

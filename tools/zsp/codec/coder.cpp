@@ -1,0 +1,129 @@
+#include "tools/zsp/codec/coder.hpp"
+
+#include "tools/zsp/codec/packing.hpp"
+
+#include <algorithm>
+#include <string_view>
+
+namespace zsp::host {
+
+namespace {
+
+std::size_t toSize(std::int32_t value)
+{
+    return static_cast<std::size_t>(value);
+}
+
+/// A codec without frames takes what there is, others a frame at a time.
+std::size_t blockOf(const ZspvCodec& codec, std::size_t available, std::size_t step,
+                    std::size_t frame)
+{
+    return codec.stepSamples < codec.frameSamples ? available / step * step
+           : available < frame                    ? 0
+                                                  : frame;
+}
+
+std::size_t delayOf(const ZspvCodec& codec)
+{
+    return toSize(codec.lookAhead + codec.filterDelay);
+}
+
+} // namespace
+
+SpeechEncoder::SpeechEncoder(const CodecSetting& setting) : setting_(setting), encoder_(setting)
+{
+}
+
+void SpeechEncoder::encode(std::span<const std::int16_t> samples, std::vector<std::uint8_t>& bytes)
+{
+    pending_.insert(pending_.end(), samples.begin(), samples.end());
+    const ZspvCodec& codec = *setting_.codec;
+    std::size_t at = 0;
+    for (;;) {
+        const std::size_t count = blockOf(codec, pending_.size() - at, toSize(codec.stepSamples),
+                                          toSize(codec.frameSamples));
+        if (count == 0) break;
+        encoder_.encode(std::span(pending_).subspan(at, count), bytes);
+        at += count;
+    }
+    pending_.erase(pending_.begin(), pending_.begin() + static_cast<std::ptrdiff_t>(at));
+}
+
+void SpeechEncoder::finish(std::vector<std::uint8_t>& bytes)
+{
+    const std::size_t count = pending_.size(), start = bytes.size();
+    if (count == 0) return;
+    pending_.resize(toSize(setting_.codec->stepSamples));
+    encoder_.encode(pending_, bytes);
+    pending_.clear();
+    if (const int bits = g726Bits(setting_)) {
+        const auto used = static_cast<int>(count) * bits;
+        bytes.resize(start + static_cast<std::size_t>(used + 7) / 8);
+        const int free = (8 - used % 8) % 8;
+        const int mask = highBitsFirst(*setting_.codec) ? 0xff << free : 0xff >> free;
+        bytes.back() &= static_cast<std::uint8_t>(mask);
+    }
+}
+
+SpeechDecoder::SpeechDecoder(const CodecSetting& setting)
+    : setting_(setting), step_(stepBytes(*setting.codec)), decoder_(setting)
+{
+}
+
+void SpeechDecoder::decode(std::span<const std::uint8_t> bytes, std::vector<std::int16_t>& samples)
+{
+    pending_.insert(pending_.end(), bytes.begin(), bytes.end());
+    // The last code words of G.726 wait for finish().
+    const std::size_t held = g726Bits(setting_) && !pending_.empty() ? 1 : 0;
+    std::size_t at = 0;
+    for (;;) {
+        const std::size_t count =
+            blockOf(*setting_.codec, pending_.size() - held - at, step_, step_);
+        if (count == 0) break;
+        decoder_.decode(std::span(pending_).subspan(at, count), samples);
+        at += count;
+    }
+    pending_.erase(pending_.begin(), pending_.begin() + static_cast<std::ptrdiff_t>(at));
+}
+
+std::size_t SpeechDecoder::finish(std::vector<std::int16_t>& samples)
+{
+    const int bits = g726Bits(setting_);
+    if (bits == 0 || pending_.empty()) return pending_.size();
+    std::vector<std::uint8_t> words;
+    Unpacker(highBitsFirst(*setting_.codec) ? Packing::aal2 : Packing::rfc3551, bits)
+        .unpack(pending_, words);
+    dropFilling(words, bits);
+    pending_.resize(step_);
+    const std::size_t start = samples.size();
+    decoder_.decode(pending_, samples);
+    samples.resize(start + words.size());
+    pending_.clear();
+    return 0;
+}
+
+std::vector<std::uint8_t> encodedWhole(const CodecSetting& setting,
+                                       std::span<const std::int16_t> samples)
+{
+    std::vector<std::uint8_t> bytes;
+    SpeechEncoder encoder(setting);
+    encoder.encode(samples, bytes);
+    encoder.encode(std::vector<std::int16_t>(delayOf(*setting.codec)), bytes);
+    encoder.finish(bytes);
+    return bytes;
+}
+
+std::vector<std::int16_t> decodedInTime(const CodecSetting& setting,
+                                        std::span<const std::uint8_t> bytes, std::size_t count)
+{
+    std::vector<std::int16_t> samples;
+    SpeechDecoder decoder(setting);
+    decoder.decode(bytes, samples);
+    decoder.finish(samples);
+    samples.erase(samples.begin(), samples.begin() + static_cast<std::ptrdiff_t>(std::min(
+                                                         delayOf(*setting.codec), samples.size())));
+    samples.resize(count);
+    return samples;
+}
+
+} // namespace zsp::host

@@ -1,0 +1,239 @@
+// zsp encode and zsp decode: audio files to coded speech and back.
+
+#include "tools/zsp/cli/values.hpp"
+#include "tools/zsp/codec/coded_file.hpp"
+#include "tools/zsp/codec/coder.hpp"
+#include "tools/zsp/codec/g726_words.hpp"
+#include "tools/zsp/codec/packing.hpp"
+#include "tools/zsp/commands/commands.hpp"
+#include "tools/zsp/io/audio.hpp"
+#include "tools/zsp/io/audio_writer.hpp"
+#include "tools/zsp/io/progress.hpp"
+
+#include <algorithm>
+#include <memory>
+
+namespace zsp::host {
+
+namespace {
+
+struct CodingOptions {
+    CodecWish wish;
+    const AudioFormat* format = nullptr; // of the audio side
+    std::optional<Encoding> law;         // of the samples to write
+    bool unpacked = false;
+};
+
+/// Bits of a code word where code words are dealt with one by one; throws for other codecs.
+int wordBits(const CodingOptions& options, const CodecSetting& setting)
+{
+    const int bits = g726Bits(setting);
+    if (options.unpacked && bits == 0)
+        throw UsageError("--unpacked: is for G.726, not for " +
+                         std::string(setting.codec->rtpName));
+    return bits;
+}
+
+Packing packingOf(const CodingOptions& options, const CodecSetting& setting)
+{
+    if (options.unpacked) return Packing::unpacked;
+    return highBitsFirst(*setting.codec) ? Packing::aal2 : Packing::rfc3551;
+}
+
+void encode(const CodingOptions& options, const Files& files)
+{
+    requireDistinct(files.inputs, {&files.output, 1});
+    const CodecSetting setting = codecToWrite(options.wish, files.output);
+    const int bits = wordBits(options, setting);
+    const int rate = setting.codec->sampleRate;
+    AudioReader reader(files.inputs[0], options.format, rate);
+    VoiceInput input(reader, rate);
+    SpeechEncoder encoder(setting);
+    Unpacker unpacker(highBitsFirst(*setting.codec) ? Packing::aal2 : Packing::rfc3551, bits);
+    OutputFile output(files.output);
+    Progress progress("encode", input.total());
+
+    std::vector<std::int16_t> samples(static_cast<std::size_t>(rate)); // a second
+    std::vector<std::uint8_t> bytes, words;
+    std::uint64_t done = 0, written = 0;
+    for (std::size_t count = samples.size(); count == samples.size();) {
+        count = input.read(samples);
+        bytes.clear();
+        encoder.encode(std::span(samples).first(count), bytes);
+        if (count < samples.size()) encoder.finish(bytes);
+        progress.update(done += count);
+        if (!options.unpacked) {
+            output.write(bytes);
+            continue;
+        }
+        words.clear();
+        unpacker.unpack(bytes, words);
+        words.resize(std::min<std::uint64_t>(words.size(), done - written));
+        output.write(words);
+        written += words.size();
+    }
+    output.commit();
+}
+
+/// Turns coded bytes into samples of the output's kind.
+class Sink {
+  public:
+    Sink(const CodingOptions& options, const CodedInput& input, const std::string& path)
+        : setting_(input.setting()), bits_(wordBits(options, setting_)),
+          writer_(path, options.format, options.law, setting_.codec->sampleRate),
+          law_(writer_.encoding()), unpacked_(options.unpacked),
+          byWords_(bits_ > 0 && (options.unpacked || law_ != Encoding::linear)),
+          unpacker_(packingOf(options, setting_), bits_), decoder_(setting_)
+    {
+        if (byWords_) wordDecoder_.emplace(bits_, law_);
+    }
+
+    void decode(std::span<const std::uint8_t> bytes)
+    {
+        if (!byWords_) {
+            decoder_.decode(bytes, samples_);
+            return flush();
+        }
+        // What may be filling at the end waits for it.
+        unpacker_.unpack(bytes, words_);
+        const std::size_t held = unpacked_ ? 0 : static_cast<std::size_t>(7 / bits_);
+        const std::size_t ready = words_.size() - std::min(words_.size(), held);
+        wordDecoder_->decode(std::span(words_).first(ready), samples_);
+        words_.erase(words_.begin(), words_.begin() + static_cast<std::ptrdiff_t>(ready));
+        flush();
+    }
+
+    void finish(const std::string& path)
+    {
+        if (byWords_) {
+            if (!unpacked_) dropFilling(words_, bits_);
+            wordDecoder_->decode(words_, samples_);
+        } else if (const std::size_t rest = decoder_.finish(samples_)) {
+            throw Failure(path, countOf(rest, "byte") +
+                                    " left over behind the last whole frame of " +
+                                    countOf(stepBytes(*setting_.codec), "byte") + "; is this " +
+                                    setting_.codec->rtpName + "?");
+        }
+        flush();
+        if (written_ == 0) throw Failure(path, "holds no whole code word");
+        writer_.commit();
+    }
+
+  private:
+    void flush()
+    {
+        if (byWords_ && law_ != Encoding::linear) {
+            codes_.assign(samples_.begin(), samples_.end());
+            writer_.writeCodes(codes_);
+        } else {
+            writer_.write(samples_);
+        }
+        written_ += samples_.size();
+        samples_.clear();
+    }
+
+    CodecSetting setting_;
+    int bits_;
+    AudioWriter writer_;
+    Encoding law_;
+    bool unpacked_, byWords_;
+    Unpacker unpacker_;
+    SpeechDecoder decoder_;
+    std::optional<G726WordDecoder> wordDecoder_;
+    std::vector<std::uint8_t> words_, codes_;
+    std::vector<std::int16_t> samples_;
+    std::uint64_t written_ = 0;
+};
+
+void decode(const CodingOptions& options, const Files& files)
+{
+    requireDistinct(files.inputs, {&files.output, 1});
+    CodedInput input(files.inputs[0], options.wish);
+    Sink sink(options, input, files.output);
+    Progress progress("decode", input.size());
+
+    std::vector<std::uint8_t> bytes(8000);
+    std::uint64_t done = 0;
+    for (std::size_t count = bytes.size(); count == bytes.size();) {
+        count = input.read(bytes);
+        const auto block = std::span<const std::uint8_t>(bytes).first(count);
+        if (options.unpacked) checkWords(input.path(), block, done, g726Bits(input.setting()));
+        sink.decode(block);
+        progress.update(done += count);
+    }
+    sink.finish(input.path());
+}
+
+/// What both commands share.
+std::vector<Option> codingOptions(const std::shared_ptr<CodingOptions>& options)
+{
+    return {{"--codec", 'c', "NAME",
+             "A codec as zsp codecs lists it; without this the extension of the coded file tells",
+             takeText(options->wish.name)},
+            {"--rate", 'r', "RATE", "Bit rate, as 24, 24k or 24000; zsp codecs lists them",
+             [options](const std::string& text) {
+                 options->wish.bitRate = bitRateOf(text);
+                 if (options->wish.bitRate == 0)
+                     throw UsageError(text + " is no bit rate, as 24, 24k or 24000");
+             }},
+            formatOption(options->format),
+            {"--unpacked", 'u', "", "G.726: one code word per byte, as in the ITU's test sequences",
+             takeSwitch(options->unpacked)}};
+}
+
+Command codingCommand(void (*run)(const CodingOptions&, const Files&),
+                      const std::shared_ptr<CodingOptions>& options)
+{
+    return {.name = {},
+            .summary = {},
+            .options = codingOptions(options),
+            .run = [options, run](const Files& files) {
+                requireProcessor();
+                run(*options, files);
+            }};
+}
+
+} // namespace
+
+Command encodeCommand()
+{
+    const auto options = std::make_shared<CodingOptions>();
+    Command command = codingCommand(encode, options);
+    command.name = "encode";
+    command.summary = "Code an audio file with one of the codecs that zsp codecs lists";
+    command.files = {{"IN"},
+                     "OUT",
+                     "IN is any audio file, - for standard input; it is mixed down to one channel "
+                     "and converted to the codec's sampling rate where that is needed. OUT is a "
+                     "file of coded speech without a header, - for standard output."};
+    command.examples = "  zsp encode speech.wav speech.g722\n"
+                       "  zsp encode --rate 24 speech.wav speech.g726\n"
+                       "  sox speech.flac -t wav - | zsp encode --codec pcma - speech.al\n";
+    return command;
+}
+
+Command decodeCommand()
+{
+    const auto options = std::make_shared<CodingOptions>();
+    Command command = codingCommand(decode, options);
+    command.name = "decode";
+    command.summary = "Decode a file of coded speech to an audio file";
+    command.files = {{"IN"},
+                     "OUT",
+                     "IN is a file of coded speech, - for standard input: raw frames, or a WAV or "
+                     "AU file of a codec in the list. OUT is an audio file whose extension tells "
+                     "its kind (" +
+                         audioFormatExtensions() + "), - for standard output, which is AU."};
+    command.options.push_back(
+        {"--law", 'l', "linear|mu|a",
+         "Samples to write (default: linear); G.726 decodes to them itself",
+         takeChoice<std::optional<Encoding>>(
+             {{"linear", Encoding::linear}, {"mu", Encoding::muLaw}, {"a", Encoding::aLaw}},
+             options->law)});
+    command.examples = "  zsp decode speech.g722 speech.wav\n"
+                       "  zsp decode --rate 24 speech.g726 speech.flac\n"
+                       "  zsp decode --codec g722 - - <speech.raw | play -t au -\n";
+    return command;
+}
+
+} // namespace zsp::host
