@@ -304,6 +304,7 @@ typedef struct ZspvEncoder ZspvEncoder;
  * @param[out] size    bytes
  * @retval zspStsNullPtrErr  codec or size is null
  * @retval zspStsSizeErr     params->structSize is not plausible
+ * @retval zspStsBadArgErr   codec is not one of this library's records, but a copy, say
  * @retval zspStsRangeErr    bitRate is none of the codec's, or dtx is set and the codec has none
  */
 ZSPV_API ZspStatus zspvEncoderGetSize(const ZspvCodec* codec, const ZspvParams* params,
@@ -319,6 +320,7 @@ ZSPV_API ZspStatus zspvEncoderGetSize(const ZspvCodec* codec, const ZspvParams* 
  * @param[out] encoder   the encoder, at memory
  * @retval zspStsNullPtrErr  memory, codec or encoder is null
  * @retval zspStsSizeErr     capacity is too small, or params->structSize is not plausible
+ * @retval zspStsBadArgErr   as for zspvEncoderGetSize()
  * @retval zspStsRangeErr    as for zspvEncoderGetSize()
  */
 ZSPV_API ZspStatus zspvEncoderInit(void* memory, int32_t capacity, const ZspvCodec* codec,
@@ -332,6 +334,7 @@ ZSPV_API ZspStatus zspvEncoderInit(void* memory, int32_t capacity, const ZspvCod
  * @param[out] encoder  to be given to zspvEncoderDestroy()
  * @retval zspStsNullPtrErr   codec or encoder is null
  * @retval zspStsSizeErr      params->structSize is not plausible
+ * @retval zspStsBadArgErr    as for zspvEncoderGetSize()
  * @retval zspStsRangeErr     as for zspvEncoderGetSize()
  * @retval zspStsMemAllocErr  there is no memory
  */
@@ -467,6 +470,7 @@ ZSPV_API ZspStatus zspvDecoderGetSize(const ZspvCodec* codec, const ZspvParams* 
  * @param[out] decoder   the decoder, at memory
  * @retval zspStsNullPtrErr  memory, codec or decoder is null
  * @retval zspStsSizeErr     capacity is too small, or params->structSize is not plausible
+ * @retval zspStsBadArgErr   as for zspvEncoderGetSize()
  * @retval zspStsRangeErr    as for zspvEncoderGetSize()
  */
 ZSPV_API ZspStatus zspvDecoderInit(void* memory, int32_t capacity, const ZspvCodec* codec,
@@ -480,6 +484,7 @@ ZSPV_API ZspStatus zspvDecoderInit(void* memory, int32_t capacity, const ZspvCod
  * @param[out] decoder  to be given to zspvDecoderDestroy()
  * @retval zspStsNullPtrErr   codec or decoder is null
  * @retval zspStsSizeErr      params->structSize is not plausible
+ * @retval zspStsBadArgErr    as for zspvEncoderGetSize()
  * @retval zspStsRangeErr     as for zspvEncoderGetSize()
  * @retval zspStsMemAllocErr  there is no memory
  */

@@ -1,0 +1,95 @@
+// Encoders and decoders that free themselves, for tests.
+#pragma once
+
+#include "zspvoice.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+namespace zsp::test {
+
+using Octets = std::vector<std::uint8_t>;
+using Words = std::vector<std::int16_t>;
+
+inline std::vector<const ZspvCodec*> allCodecs()
+{
+    std::vector<const ZspvCodec*> all;
+    for (std::int32_t i = 0; i < zspvCodecCount(); ++i)
+        all.push_back(zspvCodecByIndex(i));
+    return all;
+}
+
+struct Free {
+    void operator()(ZspvEncoder* encoder) const { zspvEncoderDestroy(encoder); }
+    void operator()(ZspvDecoder* decoder) const { zspvDecoderDestroy(decoder); }
+};
+
+using Encoder = std::unique_ptr<ZspvEncoder, Free>;
+using Decoder = std::unique_ptr<ZspvDecoder, Free>;
+
+inline ZspvParams paramsOf(std::int32_t bitRate)
+{
+    ZspvParams params{};
+    params.structSize = sizeof params;
+    params.bitRate = bitRate;
+    return params;
+}
+
+inline Encoder makeEncoder(const ZspvCodec* codec, std::int32_t bitRate = 0)
+{
+    const ZspvParams params = paramsOf(bitRate);
+    ZspvEncoder* encoder = nullptr;
+    EXPECT_EQ(zspvEncoderCreate(codec, &params, &encoder), zspStsNoErr);
+    return Encoder(encoder);
+}
+
+inline Decoder makeDecoder(const ZspvCodec* codec, std::int32_t bitRate = 0)
+{
+    const ZspvParams params = paramsOf(bitRate);
+    ZspvDecoder* decoder = nullptr;
+    EXPECT_EQ(zspvDecoderCreate(codec, &params, &decoder), zspStsNoErr);
+    return Decoder(decoder);
+}
+
+inline Octets encode(ZspvEncoder* encoder, std::span<const std::int16_t> samples)
+{
+    Octets octets(samples.size());
+    std::int32_t length = 0;
+    ZspvFrameKind kind = zspvFrameNoData;
+    EXPECT_EQ(zspvEncode(encoder, samples.data(), static_cast<std::int32_t>(samples.size()),
+                         octets.data(), static_cast<std::int32_t>(octets.size()), &length, &kind),
+              zspStsNoErr);
+    EXPECT_EQ(kind, zspvFrameSpeech);
+    octets.resize(static_cast<std::size_t>(length));
+    return octets;
+}
+
+inline Words decode(ZspvDecoder* decoder, std::span<const std::uint8_t> octets)
+{
+    Words samples(4 * octets.size());
+    std::int32_t count = 0;
+    EXPECT_EQ(zspvDecode(decoder, zspvFrameSpeech, octets.data(),
+                         static_cast<std::int32_t>(octets.size()), samples.data(),
+                         static_cast<std::int32_t>(samples.size()), &count),
+              zspStsNoErr);
+    samples.resize(static_cast<std::size_t>(count));
+    return samples;
+}
+
+/// One nominal frame.
+inline Words conceal(ZspvDecoder* decoder)
+{
+    Words samples(static_cast<std::size_t>(zspvDecoderGetCodec(decoder)->frameSamples));
+    std::int32_t count = 0;
+    EXPECT_EQ(
+        zspvConceal(decoder, samples.data(), static_cast<std::int32_t>(samples.size()), &count),
+        zspStsNoErr);
+    EXPECT_EQ(count, zspvDecoderGetCodec(decoder)->frameSamples);
+    return samples;
+}
+
+} // namespace zsp::test
