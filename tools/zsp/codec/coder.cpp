@@ -1,6 +1,7 @@
 #include "tools/zsp/codec/coder.hpp"
 
 #include "tools/zsp/codec/packing.hpp"
+#include "tools/zsp/io/failure.hpp"
 
 #include <algorithm>
 #include <string_view>
@@ -12,6 +13,14 @@ namespace {
 std::size_t toSize(std::int32_t value)
 {
     return static_cast<std::size_t>(value);
+}
+
+ZspvParams paramsOf(const CodecSetting& setting)
+{
+    ZspvParams params{};
+    params.structSize = sizeof params;
+    params.bitRate = setting.bitRate;
+    return params;
 }
 
 /// A codec without frames takes what there is, others a frame at a time.
@@ -30,8 +39,27 @@ std::size_t delayOf(const ZspvCodec& codec)
 
 } // namespace
 
-SpeechEncoder::SpeechEncoder(const CodecSetting& setting) : setting_(setting), encoder_(setting)
+std::size_t stepBytes(const ZspvCodec& codec)
 {
+    return toSize(codec.maxFrameBytes * codec.stepSamples / codec.frameSamples);
+}
+
+int g726Bits(const CodecSetting& setting)
+{
+    return std::string_view(setting.codec->family).starts_with("g726") ? setting.bitRate / 8000 : 0;
+}
+
+bool highBitsFirst(const ZspvCodec& codec)
+{
+    return std::string_view(codec.family) == "g726aal2";
+}
+
+SpeechEncoder::SpeechEncoder(const CodecSetting& setting) : setting_(setting)
+{
+    const ZspvParams params = paramsOf(setting);
+    ZspvEncoder* encoder = nullptr;
+    require(zspvEncoderCreate(setting.codec, &params, &encoder), "zspvEncoderCreate");
+    encoder_.reset(encoder);
 }
 
 void SpeechEncoder::encode(std::span<const std::int16_t> samples, std::vector<std::uint8_t>& bytes)
@@ -43,10 +71,25 @@ void SpeechEncoder::encode(std::span<const std::int16_t> samples, std::vector<st
         const std::size_t count = blockOf(codec, pending_.size() - at, toSize(codec.stepSamples),
                                           toSize(codec.frameSamples));
         if (count == 0) break;
-        encoder_.encode(std::span(pending_).subspan(at, count), bytes);
+        encodeBlock(std::span(pending_).subspan(at, count), bytes);
         at += count;
     }
     pending_.erase(pending_.begin(), pending_.begin() + static_cast<std::ptrdiff_t>(at));
+}
+
+void SpeechEncoder::encodeBlock(std::span<const std::int16_t> samples,
+                                std::vector<std::uint8_t>& bytes)
+{
+    const ZspvCodec& codec = *setting_.codec;
+    const std::size_t start = bytes.size();
+    const std::size_t frames = samples.size() / toSize(codec.frameSamples) + 1;
+    bytes.resize(start + frames * toSize(codec.maxFrameBytes));
+    std::int32_t length = 0;
+    require(zspvEncode(encoder_.get(), samples.data(), static_cast<std::int32_t>(samples.size()),
+                       bytes.data() + start, static_cast<std::int32_t>(bytes.size() - start),
+                       &length, nullptr),
+            "zspvEncode");
+    bytes.resize(start + toSize(length));
 }
 
 void SpeechEncoder::finish(std::vector<std::uint8_t>& bytes)
@@ -54,7 +97,7 @@ void SpeechEncoder::finish(std::vector<std::uint8_t>& bytes)
     const std::size_t count = pending_.size(), start = bytes.size();
     if (count == 0) return;
     pending_.resize(toSize(setting_.codec->stepSamples));
-    encoder_.encode(pending_, bytes);
+    encodeBlock(pending_, bytes);
     pending_.clear();
     if (const int bits = g726Bits(setting_)) {
         const auto used = static_cast<int>(count) * bits;
@@ -66,8 +109,12 @@ void SpeechEncoder::finish(std::vector<std::uint8_t>& bytes)
 }
 
 SpeechDecoder::SpeechDecoder(const CodecSetting& setting)
-    : setting_(setting), step_(stepBytes(*setting.codec)), decoder_(setting)
+    : setting_(setting), step_(stepBytes(*setting.codec))
 {
+    const ZspvParams params = paramsOf(setting);
+    ZspvDecoder* decoder = nullptr;
+    require(zspvDecoderCreate(setting.codec, &params, &decoder), "zspvDecoderCreate");
+    decoder_.reset(decoder);
 }
 
 void SpeechDecoder::decode(std::span<const std::uint8_t> bytes, std::vector<std::int16_t>& samples)
@@ -80,10 +127,23 @@ void SpeechDecoder::decode(std::span<const std::uint8_t> bytes, std::vector<std:
         const std::size_t count =
             blockOf(*setting_.codec, pending_.size() - held - at, step_, step_);
         if (count == 0) break;
-        decoder_.decode(std::span(pending_).subspan(at, count), samples);
+        decodeBlock(std::span(pending_).subspan(at, count), samples);
         at += count;
     }
     pending_.erase(pending_.begin(), pending_.begin() + static_cast<std::ptrdiff_t>(at));
+}
+
+void SpeechDecoder::decodeBlock(std::span<const std::uint8_t> bytes,
+                                std::vector<std::int16_t>& samples)
+{
+    const std::size_t start = samples.size();
+    samples.resize(start + bytes.size() / step_ * toSize(setting_.codec->stepSamples));
+    std::int32_t count = 0;
+    require(zspvDecode(decoder_.get(), zspvFrameSpeech, bytes.data(),
+                       static_cast<std::int32_t>(bytes.size()), samples.data() + start,
+                       static_cast<std::int32_t>(samples.size() - start), &count),
+            "zspvDecode");
+    samples.resize(start + toSize(count));
 }
 
 std::size_t SpeechDecoder::finish(std::vector<std::int16_t>& samples)
@@ -96,7 +156,7 @@ std::size_t SpeechDecoder::finish(std::vector<std::int16_t>& samples)
     dropFilling(words, bits);
     pending_.resize(step_);
     const std::size_t start = samples.size();
-    decoder_.decode(pending_, samples);
+    decodeBlock(pending_, samples);
     samples.resize(start + words.size());
     pending_.clear();
     return 0;

@@ -1,13 +1,22 @@
-// Encoders and decoders of the table's codecs that take any number of samples or bytes at a time.
+// libzspvoice's encoders and decoders behind C++ objects that take any number of samples or bytes
+// at a time.
 #pragma once
 
-#include "tools/zsp/codec/block_coder.hpp"
+#include "tools/zsp/codec/choice.hpp"
 
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <vector>
 
 namespace zsp::host {
+
+/// Bytes of the codec's smallest step, for codecs whose frames have one length.
+std::size_t stepBytes(const ZspvCodec& codec);
+/// Bits of a code word of G.726, 0 for other codecs.
+int g726Bits(const CodecSetting& setting);
+/// Whether G.726's code words fill the octets from their high bits.
+bool highBitsFirst(const ZspvCodec& codec);
 
 class SpeechEncoder {
   public:
@@ -20,8 +29,13 @@ class SpeechEncoder {
     void finish(std::vector<std::uint8_t>& bytes);
 
   private:
+    void encodeBlock(std::span<const std::int16_t> samples, std::vector<std::uint8_t>& bytes);
+
+    struct Closer {
+        void operator()(ZspvEncoder* encoder) const { zspvEncoderDestroy(encoder); }
+    };
     CodecSetting setting_;
-    BlockEncoder encoder_;
+    std::unique_ptr<ZspvEncoder, Closer> encoder_;
     std::vector<std::int16_t> pending_;
 };
 
@@ -36,9 +50,14 @@ class SpeechDecoder {
     std::size_t finish(std::vector<std::int16_t>& samples);
 
   private:
+    void decodeBlock(std::span<const std::uint8_t> bytes, std::vector<std::int16_t>& samples);
+
+    struct Closer {
+        void operator()(ZspvDecoder* decoder) const { zspvDecoderDestroy(decoder); }
+    };
     CodecSetting setting_;
     std::size_t step_;
-    BlockDecoder decoder_;
+    std::unique_ptr<ZspvDecoder, Closer> decoder_;
     std::vector<std::uint8_t> pending_;
 };
 

@@ -123,7 +123,7 @@ Words codedAndDecoded(const Words& samples, int rate)
 struct Outcome {
     Words farSent, sent, received; // far end before its coder; near end before and after its own
     signals::Call call;
-    SendPathRun run;
+    SendPathRun run, suppressed; // without and with the suppressor
     VadTrack farVoice, nearVoice;
     double length = 0;
 };
@@ -149,6 +149,9 @@ Outcome runCall(const Scene& scene, const Audio& speech)
         {.echo = {.sampleRate = scene.rate, .tailMs = scene.tailMs, .suppressor = zspvOn},
          .levelControl = true},
         "call");
+    o.suppressed = runSendPath(
+        o.call.far, o.call.mic,
+        {.echo = {.sampleRate = scene.rate, .tailMs = scene.tailMs, .suppressor = zspvOn}}, "call");
     o.sent = o.run.output;
     o.received = codedAndDecoded(o.sent, scene.rate);
     o.farVoice = trackVoice(scene.detector, {o.call.far, scene.rate});
@@ -165,6 +168,7 @@ std::span<const std::int16_t> part(const Words& words, int rate, double from, do
 /// Figures of a call.
 struct Figures {
     double settled = 0;       // echo loss before the near end first talks
+    double suppressed = 0;    // the same with the suppressor on
     double recovered = 0;     // s after the change until it is 20 dB again
     double nearSnr = 0;       // segmental, while both talk
     double nearLevel = 0;     // what the canceller does to the near end's level
@@ -181,6 +185,9 @@ Figures measure(const Scene& scene, const Outcome& o, const Words& left)
     };
     Figures f;
     f.settled = loss(3, kNearTalks[0].start);
+    const Words rest = signals::difference(o.suppressed.cancelled, o.call.near);
+    f.suppressed = signals::levelDbfs(part(o.call.echo, rate, 3, kNearTalks[0].start)) -
+                   signals::levelDbfs(part(rest, rate, 3, kNearTalks[0].start));
     while (f.recovered < 3 && loss(kChange + f.recovered, kChange + f.recovered + 0.2) < 20)
         f.recovered += 0.05;
     const auto [start, end] = kNearTalks[0];
@@ -230,13 +237,15 @@ void tell(const Scene& scene, const Outcome& o, const std::string& directory, Re
 {
     const Words left = signals::difference(o.run.cancelled, o.call.near);
     const Figures f = measure(scene, o, left);
-    std::printf("\n%s\n  echo loss enhancement %.1f dB, 20 dB again %.2f s after the change, near "
+    std::printf("\n%s\n  echo loss enhancement %.1f dB (suppressor on: %.1f dB), 20 dB again %.2f "
+                "s after the change, near "
                 "end %s dB segmental SNR and %+.2f dB in double talk\n",
-                scene.title.c_str(), f.settled, f.recovered, ratioText(f.nearSnr, 1).c_str(),
-                f.nearLevel);
+                scene.title.c_str(), f.settled, f.suppressed, f.recovered,
+                ratioText(f.nearSnr, 1).c_str(), f.nearLevel);
     report.section(scene.title, scene.text);
     std::vector<Report::Tile> tiles = {
-        {format("%.1f dB", f.settled), "echo loss enhancement, settled"},
+        {format("%.1f dB", f.settled), "echo loss enhancement, settled; suppressor off"},
+        {format("%.1f dB", f.suppressed), "the same, suppressor on"},
         {format("%.2f s", f.recovered), "until 20 dB after the change"},
         {ratioText(f.nearSnr, 1) + " dB", "near end in double talk, segmental SNR"},
         {ratioText(f.coderSnr, 1) + " dB", "coder's segmental SNR"}};
@@ -253,7 +262,8 @@ void tell(const Scene& scene, const Outcome& o, const std::string& directory, Re
     };
     sound("far", "Far end, as played", o.call.far);
     sound("mic", "Microphone or line", o.call.mic);
-    sound("cancelled", "Echo cancelled", o.run.cancelled);
+    sound("cancelled", "Echo cancelled, suppressor off", o.run.cancelled);
+    sound("suppressed", "Echo cancelled, suppressor on", o.suppressed.cancelled);
     sound("received", "What the far end gets", o.received);
     report.players(players);
 

@@ -221,10 +221,8 @@ std::string Chart::ticks() const
 
 std::string Chart::html() const
 {
-    std::string heading;
-    if (!caption_.empty()) heading += "<b>" + escaped(caption_) + "</b>";
-    if (!y_.label.empty())
-        heading += "<em>" + escaped(caption_.empty() ? y_.label : ", " + y_.label) + "</em>";
+    const std::string unit = y_.label.empty() || caption_.empty() ? y_.label : ", " + y_.label;
+    const std::string heading = "<b>" + escaped(caption_) + "<em>" + escaped(unit) + "</em></b>";
     const double total = height_ + (x_.ticks ? kAxisHeight : 6);
     return "<figure><figcaption>" + heading + legend_ + "</figcaption><div class=\"plot\">" +
            format("<svg height=\"%.0f\" role=\"img\">", total) +

@@ -48,8 +48,8 @@ audio { width: 100%; height: 36px; }
 figure { margin: 0 0 8px; }
 figcaption { display: flex; flex-wrap: wrap; gap: 2px 14px; align-items: center; color: var(--soft);
   font-size: 13px; line-height: 1.3; padding: 0 62px 5px; }
-figcaption b { color: var(--ink); font-weight: 600; } figcaption em { font-style: normal; }
-figcaption b + em { margin-left: -14px; } figcaption span { white-space: nowrap; }
+figcaption b { color: var(--ink); font-weight: 600; } figcaption em { font: inherit; font-weight: 400; color: var(--soft); }
+figcaption span { white-space: nowrap; }
 figcaption i { display: inline-block; width: 16px; margin-right: 6px; vertical-align: middle; }
 i.fill { height: 10px; border-radius: 1.5px; } i.stroke { height: 3px; } i.faint { opacity: .3; }
 i.dashed { -webkit-mask: linear-gradient(90deg, #000 60%, #0000 0) 0 0/6px; mask: linear-gradient(90deg, #000 60%, #0000 0) 0 0/6px; }
