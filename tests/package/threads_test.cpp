@@ -1,5 +1,6 @@
 // Calls on different states run at the same time: eight threads get what a single thread gets, in
-// all families. The thread sanitizer sees here that the library shares nothing.
+// all families. The thread sanitizer sees here that the library shares nothing; that it would see a
+// state which two threads share, shared_state_test.cmake shows.
 
 #include "tests/fuzz/caller.hpp"
 
