@@ -234,7 +234,7 @@ TEST(SubbandController, ResetClearsLargeArrays)
     auto& s = *zsp::alignedState<ControllerState>(buffer.data());
     std::fill_n(s.adaptErrPower, 4 * kMany, 1.0F);
     EXPECT_EQ(zspsSubbandControllerReset_EC_32f(buffer.data()), zspStsNoErr);
-    const auto left = [kMany](const float* powers) {
+    const auto left = [](const float* powers) {
         return static_cast<std::size_t>(std::count(powers, powers + kMany, 1.0F));
     };
     EXPECT_EQ(left(s.adaptErrPower) + left(s.fixedErrPower) + left(s.coefPower), 0u);
