@@ -1209,7 +1209,15 @@ ZSPV_API ZspStatus zspvEchoGetUncertainty(const ZspvEcho* echo, float* perBin, i
  *
  * The 3GPP voice activity detectors with all that their speech encoders do around them, so that a
  * sender needs no speech encoder: pre-processing, pitch search, decision, and the schedule of
- * discontinuous transmission.
+ * discontinuous transmission. Frames are 20 ms.
+ *
+ * The detectors are bit-exact. What goes into them is not: the encoders search the pitch of
+ * perceptually weighted speech with a fixed-point filter in front, this searches the signal itself.
+ * On speech, clean and in white, pink and babble noise, 97 to 100 % of the decisions are the
+ * encoders'; in a car's rumble option 1 hears speech where the encoder does not.
+ *
+ * At 16 kHz the signal goes down to 12.8 kHz through a filter that is flat to 5.6 kHz and delays
+ * decisions by 1.5 ms.
  * @{
  */
 
@@ -1226,7 +1234,8 @@ typedef struct ZspvActivityConfig {
     int32_t detector;   /**< required: one of ::ZspvDetector */
     int32_t sampleRate; /**< required: 8000, or 16000 or 12800 for AMR-WB */
     int32_t hangoverMs; /**< frames that stay active after speech, 0..2000 ms in steps of 20; this
-                             is added to what the standard's decision holds by itself */
+                             is added to what the standard's decision holds by itself, and kind
+                             follows it */
 } ZspvActivityConfig;
 
 /** What is known about one frame. */
@@ -1234,7 +1243,7 @@ typedef struct ZspvActivityInfo {
     int32_t structSize; /**< set by the caller */
     int32_t active;     /**< 1 for speech, 0 for noise */
     ZspvFrameKind kind; /**< what discontinuous transmission sends for it, TS 26.093 */
-    float levelDbov;    /**< level of the frame, 0 for a full-scale square wave */
+    float levelDbov;    /**< level of the frame, 0 for a full-scale square wave, -127 at least */
     float scoreDb;      /**< mean of level over noise estimate of the bands, in dB */
 } ZspvActivityInfo;
 
@@ -1302,6 +1311,7 @@ ZSPV_API ZspStatus zspvActivityReset(ZspvActivity* activity);
  * @param[out]    info      structSize is set by the caller
  * @retval zspStsNullPtrErr  an argument is null
  * @retval zspStsSizeErr     count is another, or info->structSize is not plausible
+ * @return any other status: a step inside failed, and nothing is known about the frame
  */
 ZSPV_API ZspStatus zspvActivityProcess(ZspvActivity* activity, const int16_t* samples,
                                        int32_t count, ZspvActivityInfo* info);

@@ -3,26 +3,13 @@
 
 #include "voice/echo/subband/prototype.hpp"
 
+#include "voice/api/bessel.hpp"
+
 #include <algorithm>
 #include <cmath>
 #include <numbers>
 
 namespace zsp::voice::echo {
-
-namespace {
-
-/// Modified Bessel function of order 0, by its power series.
-double besselI0(double x)
-{
-    double term = 1, sum = 1;
-    for (int k = 1; term > 1e-12 * sum; ++k) {
-        term *= (x / (2 * k)) * (x / (2 * k));
-        sum += term;
-    }
-    return sum;
-}
-
-} // namespace
 
 std::array<float, kMaxWindow> prototype(std::size_t fftLen, std::size_t hop)
 {
@@ -35,7 +22,7 @@ std::array<float, kMaxWindow> prototype(std::size_t fftLen, std::size_t hop)
         const double t = static_cast<double>(n) - centre;
         const double x = std::numbers::pi * kWidth * t / static_cast<double>(fftLen);
         const double u = t / centre;
-        taps[n] = std::sin(x) / x * besselI0(kBeta * std::sqrt(std::max(0.0, 1 - u * u)));
+        taps[n] = std::sin(x) / x * kaiser(kBeta, u);
         energy += taps[n] * taps[n];
     }
     const double scale = std::sqrt(static_cast<double>(hop) / energy);
