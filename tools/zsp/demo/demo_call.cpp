@@ -146,7 +146,7 @@ Outcome runCall(const Scene& scene, const Audio& speech)
                                     .noiseDbfs = scene.noiseDbfs});
     o.run = runSendPath(
         o.call.far, o.call.mic,
-        {.echo = {.sampleRate = scene.rate, .tailMs = scene.tailMs, .suppressor = zspvOn},
+        {.echo = {.sampleRate = scene.rate, .tailMs = scene.tailMs, .suppressor = zspvOff},
          .levelControl = true},
         "call");
     o.suppressed = runSendPath(
