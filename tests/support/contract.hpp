@@ -38,6 +38,8 @@ struct Argument {
     std::function<void(void*)> setUp; // a state's initialisation
     bool isNull = false;
     bool isOptional = false;
+    bool isReported = false;     // may be written by a call that fails
+    const void* fixed = nullptr; // handed over itself, not a copy of its bytes
 
     bool isPointer() const { return kind != Kind::number; }
 
@@ -48,7 +50,21 @@ struct Argument {
         a.isOptional = true;
         return a;
     }
+
+    /// The same output, where a failed call may say how much it would need.
+    Argument reported() const
+    {
+        Argument a = *this;
+        a.isReported = true;
+        return a;
+    }
 };
+
+/// An object that the call knows by its address, such as a constant record of the library's.
+inline Argument pointer(const void* object)
+{
+    return {.kind = Argument::Kind::input, .content = {}, .setUp = {}, .fixed = object};
+}
 
 inline Argument number(double value)
 {
