@@ -20,19 +20,19 @@ namespace {
 struct VadOptions {
     std::string input;
     const AudioFormat* format = nullptr;
-    DetectorKind detector = DetectorKind::amr1;
+    ZspvDetector detector = zspvDetectorAmr1;
     bool dtx = false;        // print the frame types of discontinuous transmission
     std::string csv, report; // files, none when empty
 };
 
-char letterOf(TxType type)
+char letterOf(ZspvFrameKind type)
 {
     switch (type) {
-    case TxType::speech:
+    case zspvFrameSpeech:
         return 'S';
-    case TxType::sidFirst:
+    case zspvFrameSidFirst:
         return 'F';
-    case TxType::sidUpdate:
+    case zspvFrameSidUpdate:
         return 'U';
     default:
         return '.';
@@ -59,11 +59,11 @@ void printSchedule(const VadTrack& track)
             line += letterOf(track.sent[k]);
         std::printf("%8.0f s  %s\n", static_cast<double>(i) * kVadFrame, line.c_str());
     }
-    const auto count = [&track](TxType type) {
+    const auto count = [&track](ZspvFrameKind type) {
         return std::count(track.sent.begin(), track.sent.end(), type);
     };
-    std::printf("speech %td, first %td, update %td, nothing %td\n", count(TxType::speech),
-                count(TxType::sidFirst), count(TxType::sidUpdate), count(TxType::noData));
+    std::printf("speech %td, first %td, update %td, nothing %td\n", count(zspvFrameSpeech),
+                count(zspvFrameSidFirst), count(zspvFrameSidUpdate), count(zspvFrameNoData));
 }
 
 void writeCsv(const VadTrack& track, const std::string& path)
@@ -146,9 +146,9 @@ Command vadCommand()
                   "IN is an audio file, - for standard input. OUT is a table in CSV of decision, "
                   "levels and noise estimate per frame of 20 ms, if it is wanted."},
         .options = {{"--detector", 'd', "amr1|amr2|amrwb", "Which detector (default: amr1)",
-                     takeChoice<DetectorKind>({{"amr1", DetectorKind::amr1},
-                                               {"amr2", DetectorKind::amr2},
-                                               {"amrwb", DetectorKind::amrWb}},
+                     takeChoice<ZspvDetector>({{"amr1", zspvDetectorAmr1},
+                                               {"amr2", zspvDetectorAmr2},
+                                               {"amrwb", zspvDetectorAmrWb}},
                                               options->detector)},
                     {"--dtx", 0, "",
                      "Print what is sent per frame: S speech, F first comfort-noise frame, U "

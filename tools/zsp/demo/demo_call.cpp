@@ -43,7 +43,7 @@ struct Scene {
     bool modem;
     std::vector<float> path, pathAfter;
     double noiseDbfs;
-    DetectorKind detector;
+    ZspvDetector detector;
 };
 
 Scene roomScene()
@@ -63,7 +63,7 @@ Scene roomScene()
             .path = signals::roomResponse(room, kRate, kTaps),
             .pathAfter = signals::roomResponse(moved, kRate, kTaps),
             .noiseDbfs = -75,
-            .detector = DetectorKind::amrWb};
+            .detector = zspvDetectorAmrWb};
 }
 
 Scene lineScene()
@@ -80,7 +80,7 @@ Scene lineScene()
             .path = signals::hybridResponse(kRate, 15, 40, 10, 1),
             .pathAfter = signals::hybridResponse(kRate, 6, 25, 12, 2),
             .noiseDbfs = -75,
-            .detector = DetectorKind::amr1};
+            .detector = zspvDetectorAmr1};
 }
 
 /// Speech at the given times, going round in the recording from `from` on.

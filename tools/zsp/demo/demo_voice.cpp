@@ -149,7 +149,7 @@ void demoVad(const Audio& speech, const std::string& directory, Report& report)
 
     Audio noisy;
     std::vector<VadTrack> shown; // at the last ratio
-    for (const DetectorKind kind : kDetectorKinds) {
+    for (const ZspvDetector kind : kDetectors) {
         rows.push_back({std::string(nameOf(kind))});
         std::printf("  %-18s", rows.back()[0].c_str());
         for (const double snr : kSnrDb) {

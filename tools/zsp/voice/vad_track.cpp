@@ -1,11 +1,13 @@
 #include "tools/zsp/voice/vad_track.hpp"
 
 #include "signals/measure.hpp"
+#include "tools/zsp/io/failure.hpp"
 #include "tools/zsp/io/progress.hpp"
 #include "tools/zsp/io/text.hpp"
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 
 namespace zsp::host {
 
@@ -42,7 +44,70 @@ std::vector<Point> totals(const std::vector<std::vector<float>>& frames)
     return points;
 }
 
+/// The library's detector at one of its rates.
+class Activity {
+  public:
+    Activity(ZspvDetector detector, int rate)
+    {
+        ZspvActivityConfig config{};
+        config.structSize = sizeof config;
+        config.detector = detector;
+        config.sampleRate = rate;
+        ZspvActivity* activity = nullptr;
+        require(zspvActivityCreate(&config, &activity), "zspvActivityCreate");
+        activity_.reset(activity);
+    }
+
+    [[nodiscard]] ZspvActivityInfo process(std::span<const std::int16_t> frame) const
+    {
+        ZspvActivityInfo info{};
+        info.structSize = sizeof info;
+        require(zspvActivityProcess(activity_.get(), frame.data(),
+                                    static_cast<std::int32_t>(frame.size()), &info),
+                "zspvActivityProcess");
+        return info;
+    }
+
+    [[nodiscard]] std::vector<int> bandEdges() const
+    {
+        std::array<float, kMaxBands + 1> edges{};
+        std::int32_t count = 0;
+        require(zspvActivityGetBands(activity_.get(), edges.data(), nullptr, nullptr, kMaxBands,
+                                     &count),
+                "zspvActivityGetBands");
+        return {edges.begin(), edges.begin() + count + 1};
+    }
+
+    /// Of the last frame.
+    void bands(std::span<float> levels, std::span<float> noise) const
+    {
+        std::int32_t count = 0;
+        require(zspvActivityGetBands(activity_.get(), nullptr, levels.data(), noise.data(),
+                                     static_cast<std::int32_t>(levels.size()), &count),
+                "zspvActivityGetBands");
+    }
+
+  private:
+    static constexpr std::int32_t kMaxBands = 16;
+    struct Deleter {
+        void operator()(ZspvActivity* activity) const { zspvActivityDestroy(activity); }
+    };
+    std::unique_ptr<ZspvActivity, Deleter> activity_;
+};
+
 } // namespace
+
+std::string_view nameOf(ZspvDetector detector)
+{
+    switch (detector) {
+    case zspvDetectorAmr1:
+        return "GSM-AMR option 1";
+    case zspvDetectorAmr2:
+        return "GSM-AMR option 2";
+    default:
+        return "AMR-WB";
+    }
+}
 
 double VadTrack::activity() const
 {
@@ -62,22 +127,24 @@ std::vector<VadTrack::Segment> VadTrack::segments() const
     return found;
 }
 
-VadTrack trackVoice(DetectorKind kind, const Audio& audio)
+VadTrack trackVoice(ZspvDetector kind, const Audio& audio)
 {
-    VoiceDetector detector(kind);
-    Audio signal = resampled(audio, detector.rate());
-    const std::size_t length = detector.frameLength();
+    const int rate = kind == zspvDetectorAmrWb ? 12800 : 8000;
+    const Activity activity(kind, rate);
+    Audio signal = resampled(audio, rate);
+    const auto length = static_cast<std::size_t>(rate) / 50;
     signal.samples.resize((signal.samples.size() + length - 1) / length * length);
     Progress progress("vad", signal.samples.size());
-    DtxSchedule schedule;
     VadTrack track;
     track.kind = kind;
-    track.bandEdges.assign(detector.bandEdges().begin(), detector.bandEdges().end());
+    track.bandEdges = activity.bandEdges();
+    const std::size_t bands = track.bandEdges.size() - 1;
     for (std::size_t at = 0; at < signal.samples.size(); at += length) {
-        track.speech.push_back(detector.detect(std::span(signal.samples).subspan(at, length)));
-        track.sent.push_back(schedule.next(track.speech.back()));
-        track.levels.emplace_back(detector.levels().begin(), detector.levels().end());
-        track.noise.emplace_back(detector.noise().begin(), detector.noise().end());
+        const ZspvActivityInfo info =
+            activity.process(std::span(signal.samples).subspan(at, length));
+        track.speech.push_back(info.active != 0);
+        track.sent.push_back(info.kind);
+        activity.bands(track.levels.emplace_back(bands), track.noise.emplace_back(bands));
         progress.update(at);
     }
     return track;
@@ -90,8 +157,8 @@ Chart decisionChart(const std::vector<VadTrack>& tracks, const Axis& time)
     for (std::size_t i = 0; i < tracks.size(); ++i) {
         const double bottom = rows - 1 - static_cast<double>(i);
         constexpr std::array<const char*, 3> kShort = {"option 1", "option 2", "AMR-WB"};
-        chart.rowLabel(bottom + 0.5, kShort[static_cast<std::size_t>(tracks[i].kind)]);
-        const int colour = static_cast<int>(tracks[i].kind) + 1;
+        chart.rowLabel(bottom + 0.5, kShort[static_cast<std::size_t>(tracks[i].kind) - 1]);
+        const int colour = static_cast<int>(tracks[i].kind);
         for (const VadTrack::Segment& segment : tracks[i].segments())
             chart.bar(segment.start, segment.end, bottom + 0.18, bottom + 0.82, colour);
     }

@@ -3,11 +3,19 @@
 
 #include "tools/zsp/io/audio.hpp"
 #include "tools/zsp/report/chart.hpp"
-#include "tools/zsp/voice/voice_detector.hpp"
 
+#include "zspvoice.h"
+
+#include <array>
+#include <string_view>
 #include <vector>
 
 namespace zsp::host {
+
+inline constexpr std::array kDetectors = {zspvDetectorAmr1, zspvDetectorAmr2, zspvDetectorAmrWb};
+
+/// "GSM-AMR option 1" and so on.
+std::string_view nameOf(ZspvDetector detector);
 
 /// Duration of a frame of all detectors, in seconds.
 inline constexpr double kVadFrame = 0.02;
@@ -17,10 +25,10 @@ struct VadTrack {
         double start, end; // seconds
     };
 
-    DetectorKind kind{};
+    ZspvDetector kind{};
     std::vector<int> bandEdges;             ///< Hz
     std::vector<bool> speech;               ///< per frame
-    std::vector<TxType> sent;               ///< per frame
+    std::vector<ZspvFrameKind> sent;        ///< per frame
     std::vector<std::vector<float>> levels; ///< per frame and band, dB
     std::vector<std::vector<float>> noise;  ///< the same
 
@@ -31,7 +39,7 @@ struct VadTrack {
 
 /// Runs the detector over the signal, which is converted to its rate. The last frame is filled up
 /// with zeros.
-VadTrack trackVoice(DetectorKind kind, const Audio& audio);
+VadTrack trackVoice(ZspvDetector kind, const Audio& audio);
 
 /// Decisions of several detectors below one another, one row each.
 Chart decisionChart(const std::vector<VadTrack>& tracks, const Axis& time);
