@@ -28,8 +28,9 @@ TEST(VoiceContract, EveryRowOfEveryFunction)
 TEST(VoiceContract, EveryFunctionHasOne)
 {
     // What allocates or frees is tested by use.
-    constexpr const char* kFamilies[] = {"zspvEcho", "zspvActivity", "zspvComfortNoise",
-                                         "zspvReblock"};
+    constexpr const char* kFamilies[] = {"zspvEncode",       "zspvDecode",  "zspvConceal",
+                                         "zspvComfortNoise", "zspvReblock", "zspvEcho",
+                                         "zspvActivity"};
     std::set<std::string> present;
     for (const auto& contract : contracts())
         EXPECT_TRUE(present.insert(contract.name()).second) << contract.name() << " twice";
@@ -37,6 +38,7 @@ TEST(VoiceContract, EveryFunctionHasOne)
         const bool named = std::ranges::any_of(
             kFamilies, [&](const char* family) { return name.starts_with(family); });
         if (!named || name.ends_with("Create") || name.ends_with("Destroy")) continue;
+        if (name.ends_with("GetCodec")) continue; // returns the record
         EXPECT_TRUE(present.contains(name)) << name;
     }
 }
