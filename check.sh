@@ -20,7 +20,7 @@ install_packages "${library_packages[@]}" "${tool_packages[@]}" "${check_package
 # Layout, and a first line that begins to say what the file is for.
 check_format() {
     git ls-files '*.cpp' '*.hpp' '*.h' '*.c' | xargs clang-format --dry-run --Werror
-    git ls-files '*.cpp' '*.hpp' ':!tools' ':!*voice/*' | xargs awk '
+    git ls-files '*.cpp' '*.hpp' | xargs awk '
         FNR == 1 && !/^\/[\/*]/ { print FILENAME ": no opening comment"; bad = 1 }
         END { exit bad }'
 }
@@ -37,9 +37,9 @@ check_asan() {
     cmake --workflow --preset asan
 }
 
-# As clang builds it, with assertions, which tell the analyzer what a kernel relies on. Findings are on its standard
-# output. On the other one it counts warnings in headers of others; only when it fails does that
-# count, since then it may say why.
+# As clang builds it, with assertions, which tell the analyzer what a kernel relies on. Findings are
+# on its standard output. On the other one it counts warnings in headers of others; only when it
+# fails does that count, since then it may say why.
 tidy_one() {
     local said
     { said=$(clang-tidy --quiet -p build/clang --extra-arg=-UNDEBUG \

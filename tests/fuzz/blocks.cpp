@@ -1,3 +1,5 @@
+// Blocks between inaccessible pages, flush against either or floating with canaries around.
+
 #include "tests/fuzz/blocks.hpp"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// How one random call is drawn, predicted, made and judged.
+
 #include "tests/fuzz/caller.hpp"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// Gathers the descriptions of all rooms.
+
 #include "tests/fuzz/describe.hpp"
 
 namespace zsp::fuzz {

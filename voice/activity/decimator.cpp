@@ -1,3 +1,5 @@
+// The decimator's taps and its phases.
+
 #include "voice/activity/decimator.hpp"
 
 #include "voice/api/bessel.hpp"

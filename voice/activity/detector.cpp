@@ -1,3 +1,5 @@
+// Pre-processing, pitch search and decision of one frame.
+
 #include "voice/activity/detector.hpp"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// Correlations over three ranges of lags, shorter lags preferred.
+
 #include "voice/activity/pitch_search.hpp"
 
 #include "zspsc.h"

@@ -1,3 +1,5 @@
+// One frame through banks, filters, mixer, suppressor and tone bypass.
+
 #include "voice/echo/canceller.hpp"
 
 #include <algorithm>

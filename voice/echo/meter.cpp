@@ -1,3 +1,5 @@
+// Smoothed powers and what follows from them.
+
 #include "voice/echo/meter.hpp"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// Detectors at both ends, and the quiet that ends the bypass.
+
 #include "voice/echo/tone_bypass.hpp"
 
 namespace zsp::voice::echo {

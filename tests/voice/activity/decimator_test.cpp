@@ -1,3 +1,5 @@
+// The decimator: pass band, stop band, delay, and blocks of any split.
+
 #include "voice/activity/decimator.hpp"
 
 #include <gtest/gtest.h>

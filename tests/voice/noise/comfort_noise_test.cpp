@@ -1,3 +1,5 @@
+// Comfort noise: levels and spectra through analysis, payload and generator.
+
 #include "voice/noise/spectrum_model.hpp"
 
 #include "signals/measure.hpp"

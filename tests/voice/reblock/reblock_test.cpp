@@ -1,3 +1,5 @@
+// The re-blocker against a plain queue.
+
 #include "tests/support/contract.hpp"
 #include "tests/support/samples.hpp"
 #include "zspvoice.h"

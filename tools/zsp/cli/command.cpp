@@ -1,3 +1,5 @@
+// Reads a command line by its description, and tells unknown, wrong and missing things apart.
+
 #include "tools/zsp/cli/command.hpp"
 
 #include "tools/zsp/io/failure.hpp"

@@ -1,3 +1,5 @@
+// Checks of numbers and choices, and their words.
+
 #include "tools/zsp/cli/values.hpp"
 
 #include <charconv>

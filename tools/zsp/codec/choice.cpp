@@ -1,3 +1,5 @@
+// Finds the codec by option, extension or header, and its row by the bit rate.
+
 #include "tools/zsp/codec/choice.hpp"
 
 #include "tools/zsp/cli/values.hpp"

@@ -1,3 +1,5 @@
+// Reads and writes coded files, and refuses what is plainly none.
+
 #include "tools/zsp/codec/coded_file.hpp"
 
 #include "tools/zsp/io/audio_format.hpp"

@@ -1,3 +1,5 @@
+// Collects samples and bytes until they make whole frames.
+
 #include "tools/zsp/codec/coder.hpp"
 
 #include "tools/zsp/codec/packing.hpp"

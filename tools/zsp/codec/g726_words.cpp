@@ -1,3 +1,5 @@
+// The G.726 blocks behind C++ objects.
+
 #include "tools/zsp/codec/g726_words.hpp"
 
 #include "tools/zsp/io/failure.hpp"

@@ -1,3 +1,5 @@
+// Puts code words into octets and takes them out again.
+
 #include "tools/zsp/codec/packing.hpp"
 
 namespace zsp::host {

@@ -1,3 +1,5 @@
+// Finds the recordings inside the program.
+
 #include "tools/zsp/demo/bundled.hpp"
 
 extern "C" {

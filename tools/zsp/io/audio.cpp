@@ -1,3 +1,5 @@
+// Brings signals to one channel, a rate and 16 bits.
+
 #include "tools/zsp/io/audio.hpp"
 
 #include "tools/zsp/io/audio_writer.hpp"

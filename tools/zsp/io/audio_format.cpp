@@ -1,3 +1,5 @@
+// The table of kinds, extensions and libsndfile's formats.
+
 #include "tools/zsp/io/audio_format.hpp"
 
 #include "tools/zsp/io/text.hpp"

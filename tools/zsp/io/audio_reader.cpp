@@ -1,3 +1,5 @@
+// Reads through libsndfile, with our own look at headers whose sizes cannot be trusted.
+
 #include "tools/zsp/io/audio_reader.hpp"
 
 #include "tools/zsp/io/failure.hpp"

@@ -1,3 +1,5 @@
+// Writes through libsndfile, and WAV and AU to pipes by itself.
+
 #include "tools/zsp/io/audio_writer.hpp"
 
 #include "tools/zsp/io/failure.hpp"

@@ -1,3 +1,5 @@
+// Texts of failures.
+
 #include "tools/zsp/io/failure.hpp"
 
 #include <cerrno>

@@ -1,3 +1,5 @@
+// Reads a file or standard input to its end.
+
 #include "tools/zsp/io/failure.hpp"
 #include "tools/zsp/io/files.hpp"
 

@@ -1,3 +1,5 @@
+// Writes an output that appears under its name only when it is complete.
+
 #include "tools/zsp/io/failure.hpp"
 #include "tools/zsp/io/files.hpp"
 

@@ -1,3 +1,5 @@
+// A line on the terminal that is written over as work goes on.
+
 #include "tools/zsp/io/progress.hpp"
 
 #include <cstdio>

@@ -1,3 +1,5 @@
+// Parses and makes the headers.
+
 #include "tools/zsp/io/sample_header.hpp"
 
 #include <algorithm>

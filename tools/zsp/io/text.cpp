@@ -1,3 +1,5 @@
+// Formatted and escaped text.
+
 #include "tools/zsp/io/text.hpp"
 
 #include <cmath>

@@ -1,3 +1,5 @@
+// Charts of a call: signals, echo loss, adaptation, gain, spectrograms.
+
 #include "tools/zsp/report/call_charts.hpp"
 
 #include "signals/measure.hpp"

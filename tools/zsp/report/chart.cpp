@@ -1,3 +1,5 @@
+// Draws charts as SVG that stretches while its text keeps its size.
+
 #include "tools/zsp/report/chart.hpp"
 
 #include "tools/zsp/io/text.hpp"

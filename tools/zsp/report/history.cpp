@@ -1,3 +1,5 @@
+// Merges neighbours when there are more than a chart shows.
+
 #include "tools/zsp/report/history.hpp"
 
 #include "signals/measure.hpp"

@@ -1,3 +1,5 @@
+// Colour maps and PNG images inside of a report.
+
 #include "tools/zsp/report/image.hpp"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// Draws target, level and gain of the level control.
+
 #include "tools/zsp/report/level_charts.hpp"
 
 #include "signals/measure.hpp"

@@ -1,3 +1,5 @@
+// Writes a report as one HTML page.
+
 #include "tools/zsp/report/report.hpp"
 
 #include "tools/zsp/io/files.hpp"

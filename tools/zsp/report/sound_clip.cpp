@@ -1,3 +1,5 @@
+// Links a sound or puts its beginning into the page.
+
 #include "tools/zsp/report/sound_clip.hpp"
 
 #include "tools/zsp/io/audio_format.hpp"

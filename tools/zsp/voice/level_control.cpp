@@ -1,3 +1,5 @@
+// Calls of the level control, and its gain and levels in decibels.
+
 #include "tools/zsp/voice/level_control.hpp"
 
 #include "signals/measure.hpp"

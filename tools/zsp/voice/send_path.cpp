@@ -1,3 +1,5 @@
+// Runs the canceller and the level control over a call and notes what they did.
+
 #include "tools/zsp/voice/send_path.hpp"
 
 #include "signals/measure.hpp"

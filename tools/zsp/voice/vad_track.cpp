@@ -1,3 +1,5 @@
+// Runs a detector over a signal and draws what it decided.
+
 #include "tools/zsp/voice/vad_track.hpp"
 
 #include "signals/measure.hpp"

@@ -1,3 +1,5 @@
+// The three filter banks of a canceller in its memory.
+
 #include "voice/echo/subband/banks.hpp"
 
 #include "voice/echo/subband/prototype.hpp"

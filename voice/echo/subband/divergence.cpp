@@ -1,3 +1,5 @@
+// Tells a changed echo path from double talk.
+
 #include "voice/echo/subband/divergence.hpp"
 
 #include <algorithm>

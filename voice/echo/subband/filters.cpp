@@ -1,3 +1,5 @@
+// Both filters: errors, update, steps and variances.
+
 #include "voice/echo/subband/filters.hpp"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// Weighs the two errors by their smoothed powers.
+
 #include "voice/echo/subband/mixer.hpp"
 
 #include <algorithm>

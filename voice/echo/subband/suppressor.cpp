@@ -1,3 +1,5 @@
+// Attenuates bins in which echo is expected to be left, down to the background noise.
+
 #include "voice/echo/subband/suppressor.hpp"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// G.711 through encoder and decoder objects against the block's exports.
+
 #include "tests/voice/api/coders.hpp"
 
 #include "tests/support/samples.hpp"

@@ -1,3 +1,5 @@
+// G.722 through encoder and decoder objects against the blocks' exports and vectors.
+
 #include "tests/voice/api/coders.hpp"
 
 #include "tests/support/vectors.hpp"

@@ -1,3 +1,5 @@
+// G.726 through encoder and decoder objects against the block's exports, in both octet orders.
+
 #include "tests/voice/api/coders.hpp"
 
 #include "tests/support/samples.hpp"

@@ -1,3 +1,5 @@
+// Concealment: what it does to tones and noise, and that good samples stay as they are.
+
 #include "voice/codec/shared/concealer.hpp"
 
 #include "signals/measure.hpp"
