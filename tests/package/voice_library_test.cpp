@@ -34,6 +34,7 @@ TEST(VoiceLibrary, DynamicSection)
     EXPECT_EQ(library.dynamicStrings(DT_SONAME), std::set<std::string>{"libzspvoice.so.1"});
     EXPECT_EQ(library.dynamicStrings(DT_RUNPATH), std::set<std::string>{"$ORIGIN"});
     const std::set<std::string> needed = library.dynamicStrings(DT_NEEDED);
+    EXPECT_TRUE(needed.count("libzspsc.so.8"));
     EXPECT_FALSE(needed.count("libzspcore.so.8"));
 }
 

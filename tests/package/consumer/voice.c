@@ -1,4 +1,4 @@
-/* Uses the installed voice library from C: the blocks of a payload of 20 ms. */
+/* Uses the installed voice library from C: codes and decodes 20 ms. */
 
 #include <zspvoice.h>
 
@@ -6,10 +6,19 @@
 
 int main(void)
 {
+    int16_t speech[160] = {0, 4000, 8000, 4000, 0, -4000, -8000, -4000}, heard[160];
+    uint8_t payload[160];
+    int32_t octets = 0, samples = 0;
+    ZspvEncoder* encoder = NULL;
+    ZspvDecoder* decoder = NULL;
     const ZspvCodec* codec = zspvCodecByName("pcmu", 8000);
-    const uint8_t payload[160] = {0};
-    ZspvPayloadInfo info = {.structSize = sizeof info};
-    const ZspStatus status = zspvInspect(codec, NULL, payload, sizeof payload, &info);
-    printf("zspvoice %d: %d, %d samples\n", (int)zspvGetVersion(), (int)status, (int)info.samples);
-    return status != zspStsNoErr || info.samples != 160;
+    if (zspvEncoderCreate(codec, NULL, &encoder) || zspvDecoderCreate(codec, NULL, &decoder))
+        return 1;
+    zspvEncode(encoder, speech, 160, payload, sizeof payload, &octets, NULL);
+    zspvDecode(decoder, zspvFrameSpeech, payload, octets, heard, 160, &samples);
+    printf("zspvoice %d: %d octets, %d samples, %d heard for %d\n", (int)zspvGetVersion(),
+           (int)octets, (int)samples, heard[2], speech[2]);
+    zspvEncoderDestroy(encoder);
+    zspvDecoderDestroy(decoder);
+    return octets != 160 || samples != 160 || heard[2] < 7800 || heard[2] > 8200;
 }
