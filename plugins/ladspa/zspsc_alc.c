@@ -1,16 +1,14 @@
 /* LADSPA plug-in: automatic level control of one channel, for SoX, FFmpeg, PipeWire and every other
  * host that loads LADSPA.
  *
- * The level control works on blocks of eight 16-bit samples while the host chooses its own block
- * length: samples pass through a block of eight, which delays them by eight. The plug-in tells the
- * host so through its "latency" port. */
+ * The level control works on blocks of eight 16-bit samples, by which the output is late. The
+ * plug-in tells the host so through its "latency" port. */
 
-#include <ladspa.h>
+#include "plugins/ladspa/stream.h"
+
 #include <zspsc.h>
 
-#include <math.h>
 #include <stdlib.h>
-#include <string.h>
 
 enum { BLOCK = 8 };
 
@@ -20,16 +18,19 @@ typedef struct Plugin {
     LADSPA_Data* ports[PORTS];
     LADSPA_Data maxGain, target, peak; /* as last given to the level control */
     ZspAlcState_G169 state;
-    int16_t collected[BLOCK]; /* input that waits for a whole block */
-    int16_t levelled[BLOCK];  /* output of the last whole block */
-    unsigned filled;
+    Stream stream;
 } Plugin;
 
 static LADSPA_Handle instantiate(const LADSPA_Descriptor* descriptor, unsigned long sampleRate)
 {
     (void)descriptor;
     (void)sampleRate;
-    return calloc(1, sizeof(Plugin));
+    Plugin* p = calloc(1, sizeof *p);
+    if (p && !streamOpen(&p->stream, 1, BLOCK)) {
+        free(p);
+        return NULL;
+    }
+    return p;
 }
 
 static void connectPort(LADSPA_Handle handle, unsigned long port, LADSPA_Data* location)
@@ -42,9 +43,7 @@ static void activate(LADSPA_Handle handle)
     Plugin* p = handle;
     zspsALCInit_G169_16s(&p->state);
     p->maxGain = p->target = p->peak = -1; /* set by the first run */
-    memset(p->collected, 0, sizeof p->collected);
-    memset(p->levelled, 0, sizeof p->levelled);
-    p->filled = 0;
+    streamReset(&p->stream);
 }
 
 /* Hands changed controls on; values outside of the range keep the last ones. */
@@ -62,32 +61,23 @@ static void updateControls(Plugin* p)
     }
 }
 
-static int16_t toSample(LADSPA_Data value)
+static void level(void* plugin, int16_t blocks[][STREAM_LONGEST_BLOCK], int16_t* output)
 {
-    const float scaled = value * 32768.0F;
-    if (!(scaled > -32768.0F)) return -32768; /* NaN as well */
-    return (int16_t)lrintf(fminf(scaled, 32767.0F));
+    zspsALC_G169_16s(blocks[0], output, BLOCK, &((Plugin*)plugin)->state);
 }
 
 static void run(LADSPA_Handle handle, unsigned long count)
 {
     Plugin* p = handle;
     const LADSPA_Data* input = p->ports[PORT_INPUT];
-    LADSPA_Data* output = p->ports[PORT_OUTPUT];
     updateControls(p);
-    for (unsigned long i = 0; i < count; ++i) {
-        p->collected[p->filled] = toSample(input[i]); /* before the write: both may be one buffer */
-        output[i] = (LADSPA_Data)p->levelled[p->filled] / 32768.0F;
-        if (++p->filled == BLOCK) {
-            zspsALC_G169_16s(p->collected, p->levelled, BLOCK, &p->state);
-            p->filled = 0;
-        }
-    }
+    streamRun(&p->stream, &input, p->ports[PORT_OUTPUT], count, level, p);
     if (p->ports[PORT_LATENCY]) *p->ports[PORT_LATENCY] = BLOCK;
 }
 
 static void cleanup(LADSPA_Handle handle)
 {
+    streamClose(&((Plugin*)handle)->stream);
     free(handle);
 }
 
