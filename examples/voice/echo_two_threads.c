@@ -4,7 +4,8 @@
  *   echo_two_threads [FILE.wav]      16-bit mono PCM at 16 kHz for the far end; without a file,
  * noise
  *
- * The microphone hears the far end 8 ms later and 6 dB weaker, and nothing else. */
+ * The microphone hears the far end 30 ms later and 6 dB weaker, and nothing else. Which of the
+ * threads is ahead within a block does not matter. */
 
 #include "zspvoice.h"
 
@@ -15,7 +16,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 
-enum { kBlock = 160, kEchoDelay = 128 };
+enum { kBlock = 160, kEchoDelay = 480 };
 
 typedef struct Call {
     ZspvEcho* echo;
