@@ -1,11 +1,9 @@
 /* An echo canceller whose loudspeaker and microphone run on threads of their own, as sound cards
  * have them: one gives the far end in, the other cancels, without a lock between them.
  *
- *   echo_two_threads [FILE.wav]      16-bit mono PCM at 16 kHz for the far end; without a file,
- * noise
+ *   echo_two_threads [FILE.wav]      16-bit mono PCM at 16 kHz; without a file, noise
  *
- * The microphone hears the far end 30 ms later and 6 dB weaker, and nothing else. Which of the
- * threads is ahead within a block does not matter. */
+ * The microphone hears the far end 30 ms later and 6 dB weaker, and nothing else. */
 
 #include "zspvoice.h"
 
@@ -22,7 +20,7 @@ typedef struct Call {
     ZspvEcho* echo;
     int16_t* far;
     int blocks;
-    pthread_barrier_t tick; /* stands for the clock that both sound cards follow */
+    pthread_barrier_t tick; /* a block has gone out, a block has come in */
 } Call;
 
 static void* renderThread(void* argument)
@@ -30,6 +28,7 @@ static void* renderThread(void* argument)
     Call* call = (Call*)argument;
     for (int i = 0; i < call->blocks; ++i) {
         zspvEchoRender(call->echo, call->far + i * kBlock, kBlock);
+        pthread_barrier_wait(&call->tick);
         pthread_barrier_wait(&call->tick);
     }
     return NULL;
@@ -73,6 +72,7 @@ int main(int count, char** arguments)
             mic[n] = (int16_t)(at < 0 ? 0 : call.far[at] / 2);
         }
         zspvEchoCapture(call.echo, mic, out, kBlock);
+        pthread_barrier_wait(&call.tick);
         for (int n = 0; i > call.blocks / 2 && n < kBlock; ++n) {
             echoPower += (double)mic[n] * mic[n];
             leftPower += (double)out[n] * out[n];

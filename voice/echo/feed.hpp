@@ -30,13 +30,22 @@ class Feed {
     }
 
     /// After the block. Samples that stayed in the ring for a whole window were needed for nothing
-    /// and made the reference late, as after a gap or with a faster clock: they are passed over.
+    /// and made the reference late, as after a gap or with a faster clock: they are passed over. If
+    /// samples are missing after that, they were needed after all: from then on a block more stays.
     void end(Ring& ring, std::size_t count)
     {
+        if (missing_ > missingBefore_ && passedOver_) {
+            margin_ += count;
+            passedOver_ = false;
+        }
+        missingBefore_ = missing_;
         least_ = std::min(least_, ring.held());
         left_ -= std::min(left_, count);
         if (left_ > 0) return;
-        skip(ring, least_);
+        if (least_ > margin_) {
+            skip(ring, least_ - margin_);
+            passedOver_ = true;
+        }
         left_ = window_;
         least_ = std::numeric_limits<std::size_t>::max();
     }
@@ -53,8 +62,9 @@ class Feed {
 
     std::size_t window_ = 0, left_ = 0; // samples
     std::size_t least_ = std::numeric_limits<std::size_t>::max();
-    std::int64_t missing_ = 0, skipped_ = 0;
-    bool started_ = false;
+    std::size_t margin_ = 0; // samples that the threads' rhythm needs
+    std::int64_t missing_ = 0, missingBefore_ = 0, skipped_ = 0;
+    bool started_ = false, passedOver_ = false;
 };
 
 } // namespace zsp::voice::echo

@@ -122,6 +122,26 @@ TEST(EchoFeed, OvercomesGaps)
     }
 }
 
+// The rendering thread is a block ahead for two seconds, then it is not, and so on: after the first
+// turn its lead is no more taken for surplus, and the reference stays where it is.
+TEST(EchoFeed, LearnsTheThreadsRhythm)
+{
+    const Call call = lineCall(12);
+    const EchoPointer echo = makeEcho(echoConfig(kRate));
+    Words out(call.mic.size());
+    std::size_t rendered = 0;
+    for (std::size_t n = 0; n + kBlock < out.size(); n += kBlock) {
+        const bool ahead = n / (2 * kRate) % 2 == 1;
+        for (; rendered < n + (ahead ? 2 : 1) * kBlock; rendered += kBlock)
+            render(echo.get(), call.far, rendered, kBlock);
+        capture(echo.get(), call, out, n);
+    }
+    const ZspvEchoMetrics metrics = metricsOf(echo.get());
+    EXPECT_EQ(metrics.farMissing, kBlock);
+    EXPECT_EQ(metrics.farDropped, kBlock);
+    EXPECT_GE(enhancement(call, inTime(out), kRate, 9, 11.9), 25);
+}
+
 // The capturing thread stands still for longer than the ring lasts, and its samples are lost.
 TEST(EchoFeed, OvercomesSurplus)
 {
