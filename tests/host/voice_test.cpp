@@ -6,6 +6,8 @@
 
 #include <cmath>
 #include <sstream>
+#include <sys/resource.h>
+#include <unistd.h>
 
 namespace zsp::test {
 
@@ -119,6 +121,36 @@ TEST_F(HostVoice, AecTakesOtherSignalsWithAWord)
                              "far.wav: converting 8000 Hz to 16000"})
         EXPECT_NE(outcome.text.find(word), std::string::npos) << outcome.text;
     EXPECT_NEAR(static_cast<double>(get("out.wav").size() - 44), 2.0 * 16000, 4);
+}
+
+TEST_F(HostVoice, MemoryDoesNotGrowWithTheLengthOfTheFiles)
+{
+    constexpr std::uint32_t kMinute = 60 * 16000; // bytes at 8 kHz
+    for (const std::uint32_t minutes : {1u, 15u}) {
+        const std::string name = std::to_string(minutes) + ".wav";
+        put(name, wavPromising({}, minutes * kMinute));
+        fs::resize_file(path(name), 44 + minutes * kMinute); // silence
+    }
+    const auto peakKilobytes = [this](const char* minutes, const std::string& arguments) {
+        const std::string command = "cd " + directory_.string() + "; n=" + minutes +
+                                    "; exec " ZSP_PROGRAM " " + arguments + " >/dev/null 2>&1";
+        const pid_t child = fork();
+        if (child == 0) {
+            execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
+            _exit(127);
+        }
+        int status = -1;
+        rusage usage{};
+        EXPECT_EQ(wait4(child, &status, 0, &usage), child);
+        EXPECT_EQ(status, 0) << command;
+        return usage.ru_maxrss;
+    };
+    for (const char* arguments :
+         {"aec --tail 32 --alc on --suppressor on $n.wav $n.wav out.wav --report r.html"}) {
+        const long brief = peakKilobytes("1", arguments), lengthy = peakKilobytes("15", arguments);
+        EXPECT_LT(lengthy, brief + 4096) << arguments;
+        EXPECT_LT(lengthy, 65536) << arguments;
+    }
 }
 
 TEST_F(HostVoice, VadFindsTheBurstAtEveryRate)

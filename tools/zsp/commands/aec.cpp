@@ -3,9 +3,9 @@
 #include "tools/zsp/cli/values.hpp"
 #include "tools/zsp/commands/commands.hpp"
 
-#include "signals/measure.hpp"
 #include "tools/zsp/io/audio.hpp"
 #include "tools/zsp/io/audio_writer.hpp"
+#include "tools/zsp/io/progress.hpp"
 #include "tools/zsp/io/text.hpp"
 #include "tools/zsp/report/call_charts.hpp"
 #include "tools/zsp/report/report.hpp"
@@ -15,7 +15,6 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
-#include <limits>
 #include <memory>
 #include <optional>
 
@@ -31,68 +30,52 @@ struct AecOptions {
     std::string report; // empty for none
 };
 
-/// Microphone over output, where only the far end talks: without knowing the echo itself, that is
-/// the loss one can measure.
-std::vector<Point> measuredLoss(const Audio& mic, const SendPathRun& run)
-{
-    std::vector<Point> points = echoLossOverTime(mic.samples, run.cancelled, mic.rate);
-    for (Point& point : points) {
-        const auto frame = static_cast<std::size_t>(std::max(point.x * 100, 0.0));
-        if (frame >= run.trace.farOnly.size() || !run.trace.farOnly[frame])
-            point.y = std::numeric_limits<double>::quiet_NaN();
-    }
-    return points;
-}
-
-/// Mean of the points that are numbers.
-std::optional<double> meanOf(std::span<const Point> points)
-{
-    double sum = 0;
-    int count = 0;
-    for (const Point& point : points) {
-        if (std::isnan(point.y)) continue;
-        sum += point.y;
-        ++count;
-    }
-    return count > 0 ? std::optional(sum / count) : std::nullopt;
-}
-
 const char* onOrOff(bool on)
 {
     return on ? "on" : "off";
 }
 
-void writeReport(const AecOptions& options, const Audio& far, const Audio& mic,
-                 const SendPathRun& run, const std::vector<Point>& loss)
+/// What a report says and plays of a signal.
+struct Side {
+    Side(const std::string& path, int rate) : history(rate), clip(path, rate) {}
+
+    void add(std::span<const std::int16_t> samples)
+    {
+        history.add(samples);
+        clip.add(samples);
+    }
+
+    SignalHistory history;
+    SoundClip clip;
+};
+
+struct Sides {
+    Side far, mic, output;
+};
+
+void writeReport(const AecOptions& options, int rate, const Sides& sides,
+                 const SendPathTrace& trace, const MeasuredLoss& loss)
 {
-    CallCharts charts{.rate = mic.rate,
-                      .far = far.samples,
-                      .mic = mic.samples,
-                      .out = run.output,
-                      .trace = &run.trace,
-                      .echoLoss = loss,
-                      .echoLossNote = "Enhancement: microphone over output per 100 ms, where only "
-                                      "the far end seems to talk."};
-    const auto mean = meanOf(loss);
+    const CallCharts charts{.rate = rate,
+                            .far = sides.far.history,
+                            .mic = sides.mic.history,
+                            .out = sides.output.history,
+                            .trace = trace,
+                            .echoLoss = loss.points(),
+                            .echoLossNote = "Enhancement: microphone over output per 100 ms, where "
+                                            "only the far end seems to talk."};
+    const auto mean = loss.mean();
     Report report("Echo cancellation",
                   format("%s against the far end %s: %.1f s at %d kHz, %d ms tail, suppressor %s.",
-                         options.mic.c_str(), options.far.c_str(), mic.seconds(), mic.rate / 1000,
-                         options.tailMs, onOrOff(options.suppressor)));
+                         options.mic.c_str(), options.far.c_str(), sides.mic.history.seconds(),
+                         rate / 1000, options.tailMs, onOrOff(options.suppressor)));
     report.tiles({{mean ? format("%.1f dB", *mean) : "-", "mean echo loss enhancement"},
                   {onOrOff(options.suppressor), "suppressor"},
-                  {format("%.1f dBFS", signals::levelDbfs(mic.samples)), "microphone"},
-                  {format("%.1f dBFS", signals::levelDbfs(run.output)), "output"}});
-    std::vector<Report::Player> players;
-    const auto play = [&](const std::string& path, std::span<const std::int16_t> samples,
-                          const char* label) {
-        SoundClip clip(path, mic.rate);
-        clip.add(samples);
-        players.push_back(clip.player(label, options.report));
-    };
-    play(options.far, far.samples, "Far end");
-    play(options.mic, mic.samples, "Microphone");
-    play(options.output, run.output, "Output");
-    report.players(players);
+                  {format("%.1f dBFS", sides.mic.history.levelDbfs()), "microphone"},
+                  {format("%.1f dBFS", sides.output.history.levelDbfs()), "output"}});
+    report.players({sides.far.clip.player("Far end", options.report),
+                    sides.mic.clip.player("Microphone", options.report),
+                    sides.output.clip.player("Output", options.report)});
     charts.addTo(report);
     report.write(options.report);
 }
@@ -103,28 +86,41 @@ void runAec(const AecOptions& options)
                     std::array{options.output, options.report});
     AudioReader micReader(options.mic), farReader(options.far);
     const int rate = voiceRate(micReader.rate());
-    const Audio mic = readMono(micReader, rate);
-    Audio far = readMono(farReader, rate);
-    const SendPathRun run =
-        runSendPath(far.samples, mic.samples,
-                    {.echo = {.sampleRate = mic.rate,
-                              .tailMs = options.tailMs,
-                              .suppressor = options.suppressor ? zspvOn : zspvOff},
-                     .levelControl = options.levelControl},
-                    "aec");
-    AudioWriter writer(options.output, options.format, std::nullopt, mic.rate);
-    writer.write(run.output);
-    writer.commit();
-    const std::vector<Point> loss = measuredLoss(mic, run);
-    if (!options.report.empty()) {
-        far.samples.resize(mic.samples.size());
-        writeReport(options, far, mic, run, loss);
+    VoiceInput mic(micReader, rate), far(farReader, rate);
+    SendPath path({.echo = {.sampleRate = rate,
+                            .tailMs = options.tailMs,
+                            .suppressor = options.suppressor ? zspvOn : zspvOff},
+                   .levelControl = options.levelControl});
+    AudioWriter writer(options.output, options.format, std::nullopt, rate);
+    MeasuredLoss loss(rate);
+    std::optional<Sides> sides; // for a report
+    if (!options.report.empty())
+        sides.emplace(Side(options.far, rate), Side(options.mic, rate), Side(options.output, rate));
+    Progress progress("aec", mic.total());
+    std::uint64_t done = 0;
+    const auto read = [](VoiceInput& input) {
+        return [&input](std::span<std::int16_t> samples) { return input.read(samples); };
+    };
+    streamSendPath(path, read(far), read(mic), [&](const SendPathBlock& block) {
+        writer.write(block.output);
+        loss.add(block);
+        if (sides) {
+            sides->far.add(block.far);
+            sides->mic.add(block.mic);
+            sides->output.add(block.output);
+        }
+        progress.update(done += block.mic.size());
+    });
+    // A far end that goes on is read to its end, where damage shows.
+    for (std::array<std::int16_t, 4096> rest; far.read(rest) == rest.size();) {
     }
-    const auto mean = meanOf(loss);
+    writer.commit();
+    if (sides) writeReport(options, rate, *sides, path.trace(), loss);
+    const auto mean = loss.mean();
     std::fprintf(stderr, "zsp aec: echo %s, suppressor %s; %.1f s at %d Hz\n",
                  mean ? format("%.1f dB less while the far end talks", *mean).c_str()
                       : "nowhere alone",
-                 onOrOff(options.suppressor), mic.seconds(), mic.rate);
+                 onOrOff(options.suppressor), static_cast<double>(done) / rate, rate);
 }
 
 } // namespace

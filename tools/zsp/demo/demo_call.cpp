@@ -268,10 +268,10 @@ void tell(const Scene& scene, const Outcome& o, const std::string& directory, Re
     report.players(players);
 
     CallCharts charts{.rate = scene.rate,
-                      .far = o.call.far,
-                      .mic = o.call.mic,
-                      .out = o.run.cancelled,
-                      .trace = &o.run.trace,
+                      .far = {o.call.far, scene.rate},
+                      .mic = {o.call.mic, scene.rate},
+                      .out = {o.run.cancelled, scene.rate},
+                      .trace = o.run.trace,
                       .echoLoss = echoLossOverTime(o.call.echo, left, scene.rate),
                       .echoLossNote = "Enhancement: the echo over what is left of it beside the "
                                       "near end, per 100 ms."};

@@ -5,62 +5,87 @@
 #include "signals/measure.hpp"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace zsp::host {
 
 namespace {
 
-constexpr std::size_t kColumns = 1024; // of a heat map
-constexpr double kFrame = 0.01;        // s, of a trace
-
-/// The trace's uncertainty over time and frequency, thinned out to the width of a chart.
-HeatMap adaptationMap(const SendPathTrace& trace)
+/// Of 100 ms; not a number where there is no echo.
+double echoLoss(std::span<const std::int16_t> echo, std::span<const std::int16_t> left)
 {
-    const std::size_t frames = trace.adaptFactor.size();
-    const std::size_t columns = std::clamp<std::size_t>(frames, 1, kColumns);
-    HeatMap map(columns, trace.bins);
-    for (std::size_t c = 0; c < columns; ++c)
-        for (std::size_t b = 0; b < trace.bins && frames > 0; ++b)
-            map.at(c, b) = trace.uncertaintyDb[c * frames / columns * trace.bins + b];
-    return map;
-}
-
-std::vector<Point> overFrames(const std::vector<float>& values)
-{
-    std::vector<Point> points;
-    for (std::size_t i = 0; i < values.size(); i += values.size() / 1648 + 1)
-        points.push_back({static_cast<double>(i) * kFrame, static_cast<double>(values[i])});
-    return points;
+    constexpr double kSilentDbfs = -60;
+    const double level = signals::levelDbfs(echo);
+    // What is left cannot be measured below the rounding to words.
+    const double rest = std::max(signals::levelDbfs(left), -100.0);
+    return level < kSilentDbfs ? std::numeric_limits<double>::quiet_NaN() : level - rest;
 }
 
 } // namespace
 
+void SignalHistory::add(std::span<const std::int16_t> samples)
+{
+    samples_ += samples.size();
+    for (const std::int16_t x : samples)
+        power_ += 1.0 * x * x;
+    envelope_.add(samples);
+    spectrogram_.add(samples);
+}
+
+double SignalHistory::levelDbfs() const
+{
+    constexpr double kFullScale = 32768.0 * 32768.0;
+    return signals::decibels(power_, kFullScale *
+                                         static_cast<double>(std::max<std::uint64_t>(samples_, 1)));
+}
+
 std::vector<Point> echoLossOverTime(std::span<const std::int16_t> echo,
                                     std::span<const std::int16_t> left, int rate)
 {
-    constexpr double kSilentDbfs = -60;
     const auto step = static_cast<std::size_t>(rate / 10);
     std::vector<Point> points;
-    for (std::size_t n = 0; n + step <= std::min(echo.size(), left.size()); n += step) {
-        const double level = signals::levelDbfs(echo.subspan(n, step));
-        // What is left cannot be measured below the rounding to words.
-        const double rest = std::max(signals::levelDbfs(left.subspan(n, step)), -100.0);
-        points.push_back(
-            {(static_cast<double>(n) + 0.5 * static_cast<double>(step)) / rate,
-             level < kSilentDbfs ? std::numeric_limits<double>::quiet_NaN() : level - rest});
-    }
+    for (std::size_t n = 0; n + step <= std::min(echo.size(), left.size()); n += step)
+        points.push_back({(static_cast<double>(n) + 0.5 * static_cast<double>(step)) / rate,
+                          echoLoss(echo.subspan(n, step), left.subspan(n, step))});
     return points;
+}
+
+void MeasuredLoss::add(const SendPathBlock& block)
+{
+    mic_.insert(mic_.end(), block.mic.begin(), block.mic.end());
+    cancelled_.insert(cancelled_.end(), block.cancelled.begin(), block.cancelled.end());
+    farOnly_.push_back(block.farOnly);
+    const auto step = static_cast<std::size_t>(rate_ / 10), frame = step / 10;
+    if (mic_.size() < step) return;
+    const double middle = (static_cast<double>(start_) + 0.5 * static_cast<double>(step)) / rate_;
+    const bool farOnly = farOnly_[static_cast<std::size_t>(middle * 100) - start_ / frame];
+    const double loss =
+        farOnly ? echoLoss(mic_, cancelled_) : std::numeric_limits<double>::quiet_NaN();
+    series_.add(loss);
+    if (!std::isnan(loss)) {
+        sum_ += loss;
+        ++count_;
+    }
+    start_ += step;
+    mic_.clear();
+    cancelled_.clear();
+    farOnly_.clear();
+}
+
+std::optional<double> MeasuredLoss::mean() const
+{
+    return count_ > 0 ? std::optional(sum_ / static_cast<double>(count_)) : std::nullopt;
 }
 
 // Marks that follow one another closely share one text, so that it can be read.
 void CallCharts::addMarks(Chart& chart) const
 {
     std::vector<SendPathTrace::Mark> marks = events;
-    marks.insert(marks.end(), trace->marks.begin(), trace->marks.end());
+    marks.insert(marks.end(), trace.marks.begin(), trace.marks.end());
     std::stable_sort(marks.begin(), marks.end(),
                      [](const auto& a, const auto& b) { return a.seconds < b.seconds; });
-    const double close = 0.07 * static_cast<double>(mic.size()) / rate;
+    const double close = 0.07 * mic.seconds();
     for (std::size_t i = 0; i < marks.size();) {
         std::string text = marks[i].text;
         std::size_t next = i + 1;
@@ -75,7 +100,7 @@ void CallCharts::addMarks(Chart& chart) const
 
 void CallCharts::addTo(Report& report) const
 {
-    const double seconds = static_cast<double>(mic.size()) / rate;
+    const double seconds = mic.seconds();
     const Axis time{"time, s", 0, seconds}, above{"", 0, seconds, false};
     const auto chart = [&](const Axis& x, const Axis& y, int height, const std::string& caption) {
         Chart result(x, y, height);
@@ -84,10 +109,10 @@ void CallCharts::addTo(Report& report) const
             result.shade(range.start, range.end, 3);
         return result;
     };
-    const auto waveform = [&](const Axis& x, std::span<const std::int16_t> samples, int colour,
+    const auto waveform = [&](const Axis& x, const SignalHistory& signal, int colour,
                               const std::string& caption) {
         Chart result = chart(x, {"of full scale", -1, 1}, 80, caption);
-        result.waveform(samples, rate, colour);
+        result.waveform(signal.envelope(), colour);
         return result;
     };
     std::vector<Chart> waves;
@@ -102,14 +127,14 @@ void CallCharts::addTo(Report& report) const
     addMarks(loss);
     work.push_back(std::move(loss));
 
-    Chart adaptation(trace->gainDb.empty() ? time : above, {"kHz", 0, rate / 2000.0}, 110);
+    Chart adaptation(!trace.gainDb ? time : above, {"kHz", 0, rate / 2000.0}, 110);
     adaptation.caption("Adaptation: expected error of the echo path's model");
-    adaptation.heatMap(adaptationMap(*trace), -40, 0, "dB");
+    adaptation.heatMap(trace.uncertaintyDb.map(), -40, 0, "dB");
     work.push_back(std::move(adaptation));
 
-    if (!trace->gainDb.empty()) {
+    if (trace.gainDb) {
         Chart gain = chart(time, {"dB", -30, 15}, 90, "Gain of the level control");
-        gain.line(overFrames(trace->gainDb), 4);
+        gain.line(trace.gainDb->points(), 4);
         work.push_back(std::move(gain));
     }
     report.charts("Echo canceller at work", work,
@@ -118,11 +143,11 @@ void CallCharts::addTo(Report& report) const
                       "yet, as at the start, after a change, and in bands without far-end signal.");
 
     std::vector<Chart> spectra;
-    const auto addSpectrum = [&](const Axis& x, std::span<const std::int16_t> samples,
+    const auto addSpectrum = [&](const Axis& x, const SignalHistory& signal,
                                  const std::string& caption) {
         spectra.emplace_back(x, Axis{"kHz", 0, rate / 2000.0}, 100);
         spectra.back().caption(caption);
-        spectra.back().heatMap(Spectrogram(samples, rate).map(), -100, -20, "dBFS");
+        spectra.back().heatMap(signal.spectrogram().map(), -100, -20, "dBFS");
     };
     addSpectrum(above, far, "Far end");
     addSpectrum(above, mic, "Microphone");

@@ -44,19 +44,21 @@ SendPath::SendPath(const SendPathOptions& options) : rate_(options.echo.sampleRa
     std::array<float, kMaxBins> uncertainty;
     require(zspvEchoGetUncertainty(echo, uncertainty.data(), kMaxBins, &bins),
             "zspvEchoGetUncertainty");
-    trace_.bins = static_cast<std::size_t>(bins);
+    trace_.uncertaintyDb = MapHistory(static_cast<std::size_t>(bins), SendPathTrace::kFrame);
     metrics_.structSize = sizeof metrics_;
-    if (options.levelControl) levelControl_.emplace();
+    if (!options.levelControl) return;
+    levelControl_.emplace();
+    trace_.gainDb.emplace(SendPathTrace::kFrame);
 }
 
-void SendPath::process(std::span<const std::int16_t> far, std::span<const std::int16_t> mic,
+bool SendPath::process(std::span<const std::int16_t> far, std::span<const std::int16_t> mic,
                        std::span<std::int16_t> cancelled, std::span<std::int16_t> out)
 {
     cancel(far, mic, cancelled);
     const bool farOnly = onlyFarEndTalks(far);
-    trace_.farOnly.push_back(farOnly);
     std::copy(cancelled.begin(), cancelled.end(), out.begin());
     if (levelControl_) controlLevel(farOnly, out);
+    return farOnly;
 }
 
 void SendPath::cancel(std::span<const std::int16_t> far, std::span<const std::int16_t> mic,
@@ -69,14 +71,14 @@ void SendPath::cancel(std::span<const std::int16_t> far, std::span<const std::in
     require(zspvEchoGetMetrics(canceller_.get(), &metrics), "zspvEchoGetMetrics");
     mark(metrics);
     metrics_ = metrics;
-    trace_.adaptFactor.push_back(metrics.adaptFactor);
-    trace_.bypassed.push_back(metrics.bypassed != 0);
     std::array<float, kMaxBins> uncertainty;
     std::int32_t bins = 0;
     require(zspvEchoGetUncertainty(canceller_.get(), uncertainty.data(), kMaxBins, &bins),
             "zspvEchoGetUncertainty");
-    for (std::size_t b = 0; b < trace_.bins; ++b)
-        trace_.uncertaintyDb.push_back(static_cast<float>(signals::decibels(uncertainty[b])));
+    const auto column = std::span(uncertainty).first(static_cast<std::size_t>(bins));
+    for (float& value : column)
+        value = static_cast<float>(signals::decibels(value));
+    trace_.uncertaintyDb.add(column);
 }
 
 void SendPath::mark(const ZspvEchoMetrics& metrics)
@@ -99,36 +101,76 @@ void SendPath::controlLevel(bool farOnly, std::span<std::int16_t> samples)
 {
     constexpr double kMaxGainDb = 11.6; // the level control's own
     if (metrics_.bypassed != 0) {
-        trace_.gainDb.push_back(0);
+        trace_.gainDb->add(0);
         return;
     }
     levelControl_->setMaxGain(farOnly ? 0 : kMaxGainDb);
     levelControl_->process(samples, samples);
     const double gain = levelControl_->state().gain;
-    trace_.gainDb.push_back(static_cast<float>(signals::decibels(gain * gain)));
+    trace_.gainDb->add(signals::decibels(gain * gain));
+}
+
+void streamSendPath(SendPath& path, const SampleSource& far, const SampleSource& mic,
+                    const std::function<void(const SendPathBlock&)>& take)
+{
+    const std::size_t frame = path.frame();
+    std::vector<std::int16_t> farHeld, micHeld, cancelled, out; // what is not taken yet
+    std::vector<bool> farOnly;                                  // per frame of it
+    std::size_t early = path.delay();                           // samples of the output to drop
+    std::size_t left = 0;                                       // of the microphone, to be taken
+    const auto drop = [](auto& values, std::size_t count) {
+        values.erase(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(count));
+    };
+    const auto grown = [frame](std::vector<std::int16_t>& samples) {
+        samples.resize(samples.size() + frame);
+        return std::span(samples).last(frame);
+    };
+    for (bool ended = false;;) {
+        const auto farFrame = grown(farHeld), micFrame = grown(micHeld);
+        far(farFrame);
+        if (!ended) {
+            const std::size_t count = mic(micFrame);
+            left += count;
+            ended = count < frame;
+        }
+        if (ended && left == 0) return;
+        farOnly.push_back(path.process(farFrame, micFrame, grown(cancelled), grown(out)));
+        const std::size_t dropped = std::min(early, frame);
+        drop(cancelled, dropped);
+        drop(out, dropped);
+        early -= dropped;
+        for (std::size_t count = 0; (count = std::min(frame, left)) > 0 && out.size() >= count;
+             left -= count) {
+            take({std::span(farHeld).first(count), std::span(micHeld).first(count),
+                  std::span(cancelled).first(count), std::span(out).first(count), farOnly[0]});
+            for (auto* samples : {&farHeld, &micHeld, &cancelled, &out})
+                drop(*samples, count);
+            drop(farOnly, 1);
+        }
+    }
 }
 
 SendPathRun runSendPath(std::span<const std::int16_t> far, std::span<const std::int16_t> mic,
                         const SendPathOptions& options, const std::string& progressLabel)
 {
     SendPath path(options);
-    const std::size_t frame = path.frame();
-    const std::size_t total = (mic.size() + path.delay() + frame - 1) / frame * frame;
-    std::vector<std::int16_t> farPadded(far.begin(), far.end()), micPadded(mic.begin(), mic.end());
-    farPadded.resize(total);
-    micPadded.resize(total);
-    std::vector<std::int16_t> cancelled(total), out(total);
-    Progress progress(progressLabel, total);
-    for (std::size_t n = 0; n < total; n += frame) {
-        path.process(std::span(farPadded).subspan(n, frame), std::span(micPadded).subspan(n, frame),
-                     std::span(cancelled).subspan(n, frame), std::span(out).subspan(n, frame));
-        progress.update(n + frame);
-    }
-    for (auto* signal : {&cancelled, &out}) {
-        signal->erase(signal->begin(), signal->begin() + static_cast<std::ptrdiff_t>(path.delay()));
-        signal->resize(mic.size());
-    }
-    return {std::move(cancelled), std::move(out), path.trace()};
+    Progress progress(progressLabel, mic.size());
+    SendPathRun run;
+    const auto source = [](std::span<const std::int16_t>& left) {
+        return [&left](std::span<std::int16_t> samples) {
+            const std::size_t count = std::min(samples.size(), left.size());
+            std::copy_n(left.begin(), count, samples.begin());
+            left = left.subspan(count);
+            return count;
+        };
+    };
+    streamSendPath(path, source(far), source(mic), [&](const SendPathBlock& block) {
+        run.cancelled.insert(run.cancelled.end(), block.cancelled.begin(), block.cancelled.end());
+        run.output.insert(run.output.end(), block.output.begin(), block.output.end());
+        progress.update(run.output.size());
+    });
+    run.trace = path.trace();
+    return run;
 }
 
 } // namespace zsp::host

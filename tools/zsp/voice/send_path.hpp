@@ -1,11 +1,13 @@
 // The way from the microphone to the line, 10 ms at a time: echo canceller, then level control.
 #pragma once
 
+#include "tools/zsp/report/history.hpp"
 #include "tools/zsp/voice/level_control.hpp"
 
 #include "zspvoice.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -26,19 +28,16 @@ struct SendPathOptions {
     bool levelControl = false;
 };
 
-/// What happened, one value or row of values per 10 ms.
+/// What happened, in little memory however long it took.
 struct SendPathTrace {
     struct Mark {
         double seconds;
         std::string text;
     };
-    std::size_t bins = 0;
-    std::vector<float> uncertaintyDb; ///< `bins` values a frame: 0 for an unknown echo path
-    std::vector<float> adaptFactor;   ///< the controller's
-    std::vector<float> gainDb;        ///< of the level control; empty without
-    std::vector<bool> bypassed;       ///< by the disabling tone
-    std::vector<bool> farOnly;        ///< nobody but the far end talks
-    std::vector<Mark> marks;          ///< tones, their end, and restarts
+    static constexpr double kFrame = 0.01; // s
+    MapHistory uncertaintyDb{1, kFrame};   ///< over the bands: 0 for an unknown echo path
+    std::optional<Series> gainDb;          ///< of the level control; none without
+    std::vector<Mark> marks;               ///< tones, their end, and restarts
 };
 
 class SendPath {
@@ -49,8 +48,9 @@ class SendPath {
     /// Samples by which the output is late.
     [[nodiscard]] std::size_t delay() const { return delay_; }
 
-    /// One frame of 10 ms each; `cancelled` is the output before the level control.
-    void process(std::span<const std::int16_t> far, std::span<const std::int16_t> mic,
+    /// One frame of 10 ms each; `cancelled` is the output before the level control. Tells whether
+    /// nobody but the far end talks.
+    bool process(std::span<const std::int16_t> far, std::span<const std::int16_t> mic,
                  std::span<std::int16_t> cancelled, std::span<std::int16_t> out);
 
     [[nodiscard]] const SendPathTrace& trace() const { return trace_; }
@@ -75,8 +75,24 @@ class SendPath {
     double farPower_ = 0;
 };
 
-/// A whole signal; the outputs are as long as `mic` and in time with it. A far end that is shorter
-/// is continued with silence.
+/// What went in and what came of it, in time with one another: 10 ms, less at the end.
+struct SendPathBlock {
+    std::span<const std::int16_t> far, mic;
+    std::span<const std::int16_t> cancelled; ///< before the level control
+    std::span<const std::int16_t> output;
+    bool farOnly; ///< nobody but the far end talks
+};
+
+/// Fills the samples, as far as there are any, and tells how many there were: fewer only at the
+/// end.
+using SampleSource = std::function<std::size_t(std::span<std::int16_t>)>;
+
+/// Takes a whole signal through the path, whose first one it is; the blocks are together as long
+/// as `mic`. A far end that is shorter is continued with silence.
+void streamSendPath(SendPath& path, const SampleSource& far, const SampleSource& mic,
+                    const std::function<void(const SendPathBlock&)>& take);
+
+/// The same in memory.
 struct SendPathRun {
     std::vector<std::int16_t> cancelled; ///< before the level control
     std::vector<std::int16_t> output;
