@@ -146,7 +146,8 @@ TEST_F(HostVoice, MemoryDoesNotGrowWithTheLengthOfTheFiles)
         return usage.ru_maxrss;
     };
     for (const char* arguments :
-         {"aec --tail 32 --alc on --suppressor on $n.wav $n.wav out.wav --report r.html"}) {
+         {"aec --tail 32 --alc on --suppressor on $n.wav $n.wav out.wav --report r.html",
+          "vad -d amrwb $n.wav out.csv --report r.html", "vad -d amr1 --dtx $n.wav"}) {
         const long brief = peakKilobytes("1", arguments), lengthy = peakKilobytes("15", arguments);
         EXPECT_LT(lengthy, brief + 4096) << arguments;
         EXPECT_LT(lengthy, 65536) << arguments;

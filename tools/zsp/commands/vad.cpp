@@ -3,6 +3,7 @@
 #include "tools/zsp/cli/values.hpp"
 #include "tools/zsp/commands/commands.hpp"
 
+#include "tools/zsp/io/progress.hpp"
 #include "tools/zsp/io/text.hpp"
 #include "tools/zsp/report/report.hpp"
 #include "tools/zsp/report/sound_clip.hpp"
@@ -12,6 +13,7 @@
 #include <array>
 #include <cstdio>
 #include <memory>
+#include <optional>
 
 namespace zsp::host {
 
@@ -56,7 +58,7 @@ void printSchedule(const VadTrack& track)
     for (std::size_t i = 0; i < track.sent.size(); i += kLine) {
         std::string line;
         for (std::size_t k = i; k < std::min(i + kLine, track.sent.size()); ++k)
-            line += letterOf(track.sent[k]);
+            line += letterOf(static_cast<ZspvFrameKind>(track.sent[k]));
         std::printf("%8.0f s  %s\n", static_cast<double>(i) * kVadFrame, line.c_str());
     }
     const auto count = [&track](ZspvFrameKind type) {
@@ -66,42 +68,45 @@ void printSchedule(const VadTrack& track)
                 count(zspvFrameSidFirst), count(zspvFrameSidUpdate), count(zspvFrameNoData));
 }
 
-void writeCsv(const VadTrack& track, const std::string& path)
+std::string csvHeading(const VadTrack& track)
 {
     std::string text = "start_s,speech,sent";
     for (const char* kind : {"level", "noise"})
         for (std::size_t band = 0; band + 1 < track.bandEdges.size(); ++band)
             text += format(",%s_%d_Hz_dB", kind, track.bandEdges[band]);
-    text += '\n';
-    for (std::size_t i = 0; i < track.speech.size(); ++i) {
-        text += format("%.2f,%d,%c", static_cast<double>(i) * kVadFrame, track.speech[i] ? 1 : 0,
-                       letterOf(track.sent[i]));
-        for (const auto* values : {&track.levels[i], &track.noise[i]})
-            for (const float value : *values)
-                text += format(",%.1f", static_cast<double>(value));
-        text += '\n';
-    }
-    OutputFile file(path);
-    file.write(text);
-    file.commit();
+    return text + '\n';
 }
 
-void writeReport(const VadTrack& track, const Audio& audio, const VadOptions& options)
+std::string csvLine(const VadFrame& frame, std::uint64_t number)
 {
-    Report report("Voice activity",
-                  format("%s, %.1f s, by the %s detector.", options.input.c_str(), audio.seconds(),
-                         std::string(nameOf(track.kind)).c_str()));
+    std::string text = format("%.2f,%d,%c", static_cast<double>(number) * kVadFrame,
+                              frame.speech ? 1 : 0, letterOf(frame.sent));
+    for (const auto values : {frame.levels, frame.noise})
+        for (const float value : values)
+            text += format(",%.1f", static_cast<double>(value));
+    return text + '\n';
+}
+
+/// The input, as far as a report shows it.
+struct Heard {
+    Envelope envelope;
+    SoundClip clip;
+};
+
+void writeReport(const VadTrack& track, const Heard& heard, double seconds,
+                 const VadOptions& options)
+{
+    Report report("Voice activity", format("%s, %.1f s, by the %s detector.", options.input.c_str(),
+                                           seconds, std::string(nameOf(track.kind)).c_str()));
     report.tiles({{format("%.1f %%", 100 * track.activity()), "of the frames are speech"},
                   {format("%zu", track.segments().size()), "segments"},
-                  {format("%.1f s", audio.seconds()), "of signal"}});
-    SoundClip clip(options.input, audio.rate);
-    clip.add(audio.samples);
-    report.players({clip.player("Input", options.report)});
-    const Axis time{"time, s", 0, audio.seconds()};
-    const Axis above{"", 0, audio.seconds(), false};
+                  {format("%.1f s", seconds), "of signal"}});
+    report.players({heard.clip.player("Input", options.report)});
+    const Axis time{"time, s", 0, seconds};
+    const Axis above{"", 0, seconds, false};
     std::vector<Chart> charts;
     charts.emplace_back(above, Axis{"of full scale", -1, 1}, 110);
-    charts.back().waveform(audio.samples, audio.rate, 1, "waveform");
+    charts.back().waveform(heard.envelope, 1, "waveform");
     for (const VadTrack::Segment& segment : track.segments())
         charts.back().shade(segment.start, segment.end, 3, "speech");
     charts.push_back(levelChart(track, above));
@@ -117,14 +122,33 @@ void runVad(const VadOptions& options)
 {
     requireDistinct({&options.input, 1}, std::array{options.csv, options.report});
     AudioReader reader(options.input, options.format);
-    const Audio audio = readMono(reader);
-    const VadTrack track = trackVoice(options.detector, audio);
-    std::printf("%s: %.2f s at %d Hz, %s\n", options.input.c_str(), audio.seconds(), audio.rate,
+    VoiceInput input(reader, 0);
+    std::optional<OutputFile> csv;
+    std::uint64_t frames = 0;
+    VoiceTracker tracker(options.detector, input.rate(), [&](const VadFrame& frame) {
+        if (csv) csv->write(csvLine(frame, frames++));
+    });
+    const VadTrack& track = tracker.track();
+    if (!options.csv.empty()) csv.emplace(options.csv).write(csvHeading(track));
+    Heard heard{Envelope(input.rate()), SoundClip(options.input, input.rate())};
+    Progress progress("vad", input.total());
+    std::array<std::int16_t, 4096> block;
+    std::uint64_t samples = 0;
+    for (std::size_t count = block.size(); count == block.size();) {
+        count = input.read(block);
+        const auto read = std::span(block).first(count);
+        tracker.add(read, count < block.size());
+        heard.envelope.add(read);
+        heard.clip.add(read);
+        progress.update(samples += count);
+    }
+    const double seconds = static_cast<double>(samples) / input.rate();
+    std::printf("%s: %.2f s at %d Hz, %s\n", options.input.c_str(), seconds, input.rate(),
                 std::string(nameOf(track.kind)).c_str());
     printSegments(track);
     if (options.dtx) printSchedule(track);
-    if (!options.csv.empty()) writeCsv(track, options.csv);
-    if (!options.report.empty()) writeReport(track, audio, options);
+    if (csv) csv->commit();
+    if (!options.report.empty()) writeReport(track, heard, seconds, options);
 }
 
 } // namespace
