@@ -510,7 +510,11 @@ ZSPV_API ZspStatus zspvDecoderReset(ZspvDecoder* decoder);
  * Decode one frame, or a block of a codec without frames.
  *
  * A frame without bytes (no data, lost), and a damaged one of a codec that cannot use it, are
- * success: the decoder gives comfort noise or concealment, as zspvConceal() does.
+ * success: the decoder gives comfort noise or concealment, as zspvConceal() does. Bytes that come
+ * with these two kinds are not looked at. PCMU, PCMA, G722 and G726 use damaged frames as they are.
+ *
+ * Without loss the output is exactly that of the codec's standard. After a gap the first samples
+ * of these four, 3.75 ms at most, are overlapped with the end of what was concealed.
  *
  * @param[in,out] decoder   a decoder
  * @param         kind      what came
@@ -530,6 +534,9 @@ ZSPV_API ZspStatus zspvDecode(ZspvDecoder* decoder, ZspvFrameKind kind, const ui
 /**
  * One nominal frame in place of one that did not come. With valid arguments it cannot fail, any
  * number of times in a row.
+ *
+ * PCMU, PCMA, G722 and G726 repeat the pitch waveform as ITU-T G.711 Appendix I does, but without
+ * its delay: softer by 20 % per 10 ms after the first 10 ms, silent after 60 ms.
  *
  * @param[in,out] decoder   a decoder
  * @param[out]    samples   frameSamples of the codec
@@ -783,6 +790,8 @@ ZSPV_API ZspStatus zspvComfortNoiseReset(ZspvComfortNoise* noise);
 /**
  * Learn level and spectrum of a pause.
  *
+ * Several calls one after another are averaged, the latest one with 30 %.
+ *
  * @param[in,out] noise    an object
  * @param[in]     samples  count samples of background noise
  * @param         count    80 to 960
@@ -794,6 +803,10 @@ ZSPV_API ZspStatus zspvComfortNoiseAnalyse(ZspvComfortNoise* noise, const int16_
 
 /**
  * Write what was learnt as a payload: one octet of level, one per reflection coefficient.
+ *
+ * The level is -10 log10 of the mean square over that of a full-scale square wave. Reflection
+ * coefficients have the sign of the ITU-T coders: noise of low frequencies has a negative first
+ * one.
  *
  * @param[in]  noise     an object
  * @param      order     reflection coefficients, 0 to ZSPV_NOISE_MAX_ORDER
@@ -821,6 +834,8 @@ ZSPV_API ZspStatus zspvComfortNoiseRead(ZspvComfortNoise* noise, const uint8_t* 
 
 /**
  * Make noise. Level and spectrum move to those of the last payload within some 20 ms.
+ * Its level is the stated one within 1 dB from -20 to -80 dBov; louder noise may clip.
+ * Silence before the first payload.
  *
  * @param[in,out] noise    an object
  * @param[out]    samples  count samples

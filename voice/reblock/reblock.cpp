@@ -38,8 +38,9 @@ bool allowed(std::int32_t frame, std::int32_t block) noexcept
 
 std::int32_t bytesFor(std::int32_t frame, std::int32_t block) noexcept
 {
-    const auto room = static_cast<std::size_t>(frame - 1 + block);
-    return placedSize(padded(sizeof(ReblockObject)) + room * sizeof(std::int16_t));
+    const std::int32_t room = frame - 1 + block; // no more than 2^21
+    return placedSize(padded(sizeof(ReblockObject)) +
+                      static_cast<std::size_t>(room) * sizeof(std::int16_t));
 }
 
 } // namespace

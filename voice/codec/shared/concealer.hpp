@@ -50,7 +50,7 @@ class Concealer {
     static constexpr std::size_t kMaxHistory = 780; // three periods and a quarter of 15 ms
     static constexpr std::size_t kMaxOverlap = 60;  // a quarter of 15 ms
 
-    std::size_t historySize() const noexcept { return static_cast<std::size_t>(390 * scale_); }
+    std::size_t historySize() const noexcept { return 390 * static_cast<std::size_t>(scale_); }
     void remember(In16 samples) noexcept;
     void findPeriod() noexcept;
     void joinEnds() noexcept;

@@ -116,7 +116,7 @@ TEST(Concealer, BeatsRepetitionAndSilence)
 {
     for (const char* name : {"PCMU", "G726-32", "G722"}) {
         const ZspvCodec* codec = zspvCodecByName(name, 8000);
-        const LossyCall call(codec, speech(codec->sampleRate));
+        const LossyCall call(codec, talk(codec->sampleRate, 0, 10));
         for (const double share : {0.03, 0.10}) {
             const auto concealed = call.damage(share, Filling::concealment, 2);
             const auto repeated = call.damage(share, Filling::repetition, 2);
