@@ -71,7 +71,8 @@ void Detector::prepare(In16 frame, Steps& steps)
     if (kind_ == zspvDetectorAmrWb)
         steps.add(zspsPreemphasize_32f_I(kPreEmphasis, filtered.data(), countOf(frame),
                                          &emphasisMemory_));
-    std::transform(filtered.begin(), &filtered[frame.size()], &input_[kLookBack], [](float x) {
+    const std::span<const float> ready(filtered.data(), frame.size());
+    std::transform(ready.begin(), ready.end(), &input_[kLookBack], [](float x) {
         return static_cast<std::int16_t>(std::lround(std::clamp(x, -32768.0F, 32767.0F)));
     });
 }

@@ -78,7 +78,8 @@ void PitchSearch::search(In16 frame, Steps& steps)
     while (energy > std::int64_t{1} << (30 + 2 * shift))
         ++shift;
     std::array<std::int16_t, kLongestSignal> scaled{};
-    std::transform(signal_.begin(), &signal_[length], scaled.begin(),
+    const In16 all(signal_.data(), length);
+    std::transform(all.begin(), all.end(), scaled.begin(),
                    [shift](std::int16_t x) { return static_cast<std::int16_t>(x >> shift); });
 
     double correlations = 0, energies = 0;
