@@ -39,7 +39,7 @@ class Chart {
         waveform(Envelope(samples, rate), colour, name);
     }
     /// Over the whole height, at its time; with a scale at the right edge labelled in `unit`.
-    void heatMap(const TimedMap& map, double low, double high, const std::string& unit);
+    void heatMap(const TimedMap& timed, double low, double high, const std::string& unit);
     /// The same over the whole width.
     void heatMap(const HeatMap& map, double low, double high, const std::string& unit)
     {
