@@ -5,7 +5,7 @@
 // coded speech without loss: the segmental signal-to-noise ratio (more is better) and the log-
 // spectral distance (less is better).
 
-#include "tests/support/wav.hpp"
+#include "bench/support/wav.hpp"
 #include "tests/voice/codec/lossy_call.hpp"
 
 #include <cstdio>
@@ -20,7 +20,7 @@ int main()
         const ZspvCodec* codec = zspvCodecByIndex(i);
         const char* file = codec->sampleRate == 8000 ? ZSPSC_DATA_DIR "/speech_8k.wav"
                                                      : ZSPSC_DATA_DIR "/speech_16k.wav";
-        const auto speech = zsp::test::readWav(file);
+        const auto speech = zsp::bench::readWav(file);
         if (speech.empty()) {
             std::fprintf(stderr, "%s: cannot be read\n", file);
             return 1;

@@ -144,7 +144,7 @@ struct G726Decoder {
 
     /// Lets the coder go through a gap as if it had received what stands in for it: per sample the
     /// code word that comes closest. So its scale factor and predictors stay near those of the
-    /// encoder, which has gone on. Measured against a state that waits: 0.1 to 0.4 dB more in the
+    /// encoder, which has gone on. Measured against a state that waits: 0.1 to 0.5 dB more in the
     /// segments of the gaps; feeding the smallest code word or starting anew is worse than waiting.
     void follow(const Variant& v, In16 samples) noexcept
     {

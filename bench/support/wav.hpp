@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace zsp::test {
+namespace zsp::bench {
 
 /// The samples; empty when there is no such file. The data chunk is the last one.
 inline std::vector<std::int16_t> readWav(const std::string& path)
@@ -23,4 +23,4 @@ inline std::vector<std::int16_t> readWav(const std::string& path)
     return samples;
 }
 
-} // namespace zsp::test
+} // namespace zsp::bench
