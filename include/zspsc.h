@@ -1,6 +1,6 @@
 /**
  * @file zspsc.h
- * Speech-coding and voice-processing primitives for x86-64 with AVX2.
+ * @brief Speech-coding and voice-processing primitives for x86-64 with AVX2.
  *
  * Families that remember something between calls keep it in a state. Its life is always the same:
  *

@@ -1,7 +1,7 @@
 /**
  * @file zspvoice.h
- * Whole voice functions for telephony and conferencing: codecs with concealment, RTP payloads,
- * echo cancellation, voice activity with discontinuous transmission.
+ * @brief Whole voice functions for telephony and conferencing: codecs with concealment, RTP
+ * payloads, comfort noise, echo cancellation, voice activity with discontinuous transmission.
  *
  * The life of an object is the same for all of them:
  *
