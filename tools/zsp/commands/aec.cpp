@@ -95,7 +95,8 @@ void runAec(const AecOptions& options)
     MeasuredLoss loss(rate);
     std::optional<Sides> sides; // for a report
     if (!options.report.empty())
-        sides.emplace(Side(options.far, rate), Side(options.mic, rate), Side(options.output, rate));
+        sides.emplace(
+            Sides{Side(options.far, rate), Side(options.mic, rate), Side(options.output, rate)});
     Progress progress("aec", mic.total());
     std::uint64_t done = 0;
     const auto read = [](VoiceInput& input) {

@@ -17,7 +17,7 @@ class AudioWriter {
     /// Without a format the extension decides, AU on standard output; another extension is a
     /// UsageError. Without an encoding the samples are linear, but in files without a header that
     /// are named for a law.
-    AudioWriter(const std::string& path, const AudioFormat* format,
+    AudioWriter(const std::string& path, const AudioFormat* wanted,
                 std::optional<Encoding> encoding, int rate);
     ~AudioWriter();
     AudioWriter(const AudioWriter&) = delete;
