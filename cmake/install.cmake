@@ -15,7 +15,8 @@ install(TARGETS zspvoice EXPORT zspscTargets
     ARCHIVE COMPONENT dev)
 install(TARGETS zspsc_static zspcore_static zspvoice_static EXPORT zspscTargets
     ARCHIVE COMPONENT dev)
-install(FILES include/zspsc.h include/zspvoice.h companion/include/zspcore.h
+install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev)
+install(FILES companion/include/zspcore.h
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev)
 
 install(EXPORT zspscTargets NAMESPACE zspsc:: DESTINATION ${cmake_package_dir} COMPONENT dev)

@@ -185,11 +185,16 @@ class SharedObject {
 inline std::set<std::string> declaredNames(const char* header, const std::string& macro,
                                            const std::string& prefix)
 {
-    const std::string text = readFile(header);
+    const std::string page = readFile(header);
+    const std::string folder = std::string(header).substr(0, std::string(header).rfind('/') + 1);
+    const std::regex include("#include \"([^\"]+)\"");
     const std::regex declaration("\n" + macro + " [A-Za-z0-9_ *]*?(" + prefix + "\\w+)\\(");
     std::set<std::string> names;
-    for (std::sregex_iterator it(text.begin(), text.end(), declaration), end; it != end; ++it)
-        names.insert((*it)[1]);
+    for (std::sregex_iterator part(page.begin(), page.end(), include), end; part != end; ++part) {
+        const std::string text = readFile((folder + part->str(1)).c_str());
+        for (std::sregex_iterator it(text.begin(), text.end(), declaration); it != end; ++it)
+            names.insert((*it)[1]);
+    }
     return names;
 }
 
