@@ -3,8 +3,8 @@
 //
 //   zspsc_random_caller [--calls N] [--seed S] [--family NAME]   100000 calls, seed 1, all families
 //   zspsc_random_caller --family NAME --session S                the one session with this seed
-//   zspsc_random_caller --family NAME --corpus FOLDER            what a fuzzer has found worth
-//   keeping zspsc_random_caller --described                              is every export described?
+//   zspsc_random_caller --family NAME --corpus FOLDER            what a fuzzer found worth keeping
+//   zspsc_random_caller --described                              is every export described?
 
 #include "tests/fuzz/caller.hpp"
 
@@ -42,7 +42,7 @@ int checkDescribed()
             else
                 faults += std::fprintf(stderr, "%s: no export, or twice\n", d.name.c_str()) > 0;
     for (const std::string& name : missing)
-        faults += std::fprintf(stderr, "%s: not described in tests/fuzz/describe_*.cpp\n",
+        faults += std::fprintf(stderr, "%s: not described in tests/fuzz/describe/FAMILY.cpp\n",
                                name.c_str()) > 0;
     return faults;
 }

@@ -10,9 +10,6 @@ namespace zsp::fuzz {
 
 namespace {
 
-using Word = std::int16_t;
-using Long = std::int32_t;
-
 template <typename Sample>
 struct Bank;
 template <>
@@ -128,9 +125,7 @@ std::vector<Check> bankInitChecks()
             when([](const Call& c) { return c.number(1) > 26; }, zspStsInternalErr)};
 }
 
-} // namespace
-
-std::vector<Family> ec()
+std::vector<Family> describe()
 {
     const auto controllerChecks = [](std::size_t first) {
         return std::vector<Check>{when(
@@ -162,6 +157,10 @@ std::vector<Family> ec()
                {scratch({[](const Call& c) { return 16 * c.number(1) + 112; }}), length(), length(),
                 length(), rate},
                controllerChecks(1)},
+              {ZSP_DESCRIBED(zspsToneDetectGetStateSize_EC_32f),
+               {rate, out(1)},
+               {nulls(), outside(0, zspStsRangeErr)},
+               [](Long, Long* bytes) { *bytes = 80; }},
               {ZSP_DESCRIBED(zspsToneDetectInit_EC_32f),
                {scratch(80), rate},
                {nulls(), outside(1, zspStsRangeErr)}}}},
@@ -250,5 +249,9 @@ std::vector<Family> ec()
          .alignment = 16},
     };
 }
+
+const Described kDescribed(describe);
+
+} // namespace
 
 } // namespace zsp::fuzz

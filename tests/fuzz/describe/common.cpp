@@ -14,8 +14,6 @@ namespace zsp::fuzz {
 
 namespace {
 
-using Word = std::int16_t;
-using Long = std::int32_t;
 using namespace common;
 
 /// The sum of the squares exceeds what can be normalised.
@@ -70,9 +68,7 @@ Description pastSearch(std::string name, ZspStatus (*f)(const T*, Long, Long, Lo
             definition};
 }
 
-} // namespace
-
-std::vector<Family> common()
+std::vector<Family> describe()
 {
     const Argument scale = inOut(1).fitted([](const Call&, std::span<std::byte> bytes) {
         for (Long& value : elements<Long>(bytes))
@@ -168,5 +164,9 @@ std::vector<Family> common()
                       }}}},
     };
 }
+
+const Described kDescribed(describe);
+
+} // namespace
 
 } // namespace zsp::fuzz
