@@ -132,20 +132,24 @@ ZSPV_API ZspStatus zspvPack(const ZspvCodec* codec, const ZspvParams* params, co
  * lowest one. Without a request the mode stays. The first mode without a request is the middle one
  * of the set, the lower one of the middle two, and mode 3 where all modes are allowed.
  *
- * @param[in]  params     mode set, period and neighbour rule; may be null for the defaults
- * @param      requested  the peer's last request, or ZSPV_NO_REQUEST; 9..14 are reserved and count
- *                        as none
+ * @param[in]  codec      its bit rates are the modes: eight of AMR, nine of AMR-WB
+ * @param[in]  params     mode set, period and neighbour rule; may be null for the defaults; modes
+ *                        that the codec does not have are left out of the set
+ * @param      requested  the peer's last request, or ZSPV_NO_REQUEST; what is no mode of the codec
+ *                        is reserved and counts as none
  * @param      current    mode in use, or -1 before the first frame
  * @param      frames     frames coded since the last change of mode; with a period of 2 a change
  *                        waits until they are an even number above 0
  * @param[out] mode       the mode to use
- * @retval zspStsNullPtrErr  mode is null
+ * @retval zspStsNullPtrErr  codec or mode is null
  * @retval zspStsSizeErr     params->structSize is not plausible
+ * @retval zspStsBadArgErr   the codec has no bit rate, or more than 15
  * @retval zspStsRangeErr    requested is not 0..15, current not -1..14, or frames negative
  * @see RFC 4867, clause 8.1
  */
-ZSPV_API ZspStatus zspvSelectMode(const ZspvParams* params, int32_t requested, int32_t current,
-                                  int32_t frames, int32_t* mode);
+ZSPV_API ZspStatus zspvSelectMode(const ZspvCodec* codec, const ZspvParams* params,
+                                  int32_t requested, int32_t current, int32_t frames,
+                                  int32_t* mode);
 
 /** @} */
 

@@ -9,9 +9,7 @@
 namespace zsp::voice {
 namespace {
 
-constexpr std::uint32_t kAllModes = 0x1FF;     // AMR-WB; AMR has no mode 8
-constexpr std::uint32_t kInitialModes = 0x0FF; // without a mode set, of both
-constexpr std::int32_t kHighestMode = 8;
+constexpr std::uint32_t kInitialModes = 0x0FF; // without a mode set, of AMR and AMR-WB
 
 constexpr std::uint32_t upTo(std::int32_t mode) noexcept
 {
@@ -56,26 +54,29 @@ static_assert(neighbour(0x95, 0, 7) == 2 && neighbour(0x95, 7, 0) == 4);
 } // namespace
 } // namespace zsp::voice
 
-ZspStatus zspvSelectMode(const ZspvParams* params, int32_t requested, int32_t current,
-                         int32_t frames, int32_t* mode)
+ZspStatus zspvSelectMode(const ZspvCodec* codec, const ZspvParams* params, int32_t requested,
+                         int32_t current, int32_t frames, int32_t* mode)
 {
     using namespace zsp::voice;
-    if (!mode) return zspStsNullPtrErr;
+    if (!codec || !mode) return zspStsNullPtrErr;
     if (params && !plausible(*params)) return zspStsSizeErr;
+    const std::int32_t modes = codec->bitRateCount;
+    if (modes < 1 || modes > ZSPV_NO_REQUEST) return zspStsBadArgErr;
     if (requested < 0 || requested > ZSPV_NO_REQUEST) return zspStsRangeErr;
     if (current < -1 || current >= ZSPV_NO_REQUEST || frames < 0) return zspStsRangeErr;
 
     const ZspvParams given = params ? readRecord(*params) : ZspvParams{};
-    const std::uint32_t agreed = static_cast<std::uint32_t>(given.modeSet) & kAllModes;
-    const std::uint32_t set = agreed ? agreed : kAllModes;
-    const bool isRequest = requested <= kHighestMode; // what is reserved asks for nothing
+    const std::uint32_t agreed = static_cast<std::uint32_t>(given.modeSet) & upTo(modes - 1);
+    const std::uint32_t set = agreed ? agreed : upTo(modes - 1);
+    const bool isRequest = requested < modes; // what is reserved asks for nothing
 
     const bool inUse = current >= 0 && (set >> current & 1) != 0;
     if (!inUse) { // at the start, or after the set was agreed anew
         if (isRequest)
             *mode = atMost(set, requested);
         else
-            *mode = current < 0 ? middle(agreed ? agreed : kInitialModes) : atMost(set, current);
+            *mode =
+                current < 0 ? middle(agreed ? agreed : set & kInitialModes) : atMost(set, current);
         return zspStsNoErr;
     }
     const bool mayChange = given.modeChangePeriod != 2 || (frames > 0 && frames % 2 == 0);

@@ -27,7 +27,8 @@ TEST(VoiceContract, EveryRowOfEveryFunction)
 
 TEST(VoiceContract, EveryFunctionHasOne)
 {
-    // What allocates or frees is tested by use.
+    // What allocates or frees is tested by use; payloads and format parameters check their
+    // arguments in tests/voice/rtp.
     constexpr const char* kFamilies[] = {"zspvEncode",       "zspvDecode",  "zspvConceal",
                                          "zspvComfortNoise", "zspvReblock", "zspvEcho",
                                          "zspvActivity"};
