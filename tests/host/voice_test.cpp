@@ -111,6 +111,21 @@ TEST_F(HostVoice, AecRemovesTheEchoInTime)
     }
 }
 
+// What comes later than the tail reaches is not removed, and the figure must say so.
+TEST_F(HostVoice, AecCountsTheEchoThatStays)
+{
+    const Words far = someSignal(24000);
+    Words mic(far.size());
+    std::copy(far.begin(), far.end() - 3200, mic.begin() + 3200);
+    put("far.wav", wavFile(far, 8000));
+    put("mic.wav", wavFile(mic, 8000));
+    const Outcome outcome = zsp("aec far.wav mic.wav out.wav --tail 64");
+    EXPECT_EQ(outcome.status, 0);
+    const std::string before = "zsp aec: echo ";
+    ASSERT_TRUE(outcome.text.starts_with(before)) << outcome.text;
+    EXPECT_LT(std::stod(outcome.text.substr(before.size())), 1.5) << outcome.text;
+}
+
 TEST_F(HostVoice, AecTakesOtherSignalsWithAWord)
 {
     put("mic.wav", wavFile(someSignal(44100 * 2), 44100, 2));
