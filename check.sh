@@ -51,7 +51,7 @@ tidy_one() {
 check_tidy() {
     [ -f build/clang/compile_commands.json ] || cmake --preset clang
     export -f tidy_one
-    git ls-files {alc,codecs,common,companion,core,ec,signals,tools,voice}/'*.cpp' |
+    git ls-files {alc,codecs,common,companion,conformance,core,ec,signals,tools,voice}/'*.cpp' |
         xargs -P "$(nproc)" -I{} bash -c 'tidy_one {}'
 }
 

@@ -80,35 +80,10 @@ std::array<std::byte, 124> bytesOf(const State& s)
 
 TEST(Alc, RecordsAndSamplesOfTheModel)
 {
-    const Words input = readVector<std::int16_t>("alc/levels.in.s16");
-    const Words want = readVector<std::int16_t>("alc/levels.out.s16");
-    const auto records = readVector<std::byte>("alc/levels.states.bin");
+    expectConforms("level control", 21);
     std::int32_t size = 0;
     ASSERT_EQ(zspsALCGetStateSize_G169_16s(&size), zspStsNoErr);
-    ASSERT_EQ(size, 124);
-
-    State s = fresh();
-    Words got;
-    std::size_t record = 0;
-    for (const auto& run : readRuns("alc/runs.txt")) {
-        const float value = std::stof(run.at(1));
-        if (run[0] == "gain") {
-            ASSERT_EQ(zspsALCSetGain_G169_16s(value, &s), zspStsNoErr);
-        } else if (run[0] == "level") {
-            ASSERT_EQ(zspsALCSetLevel_G169_16s(value, std::stof(run.at(2)), &s), zspStsNoErr);
-        } else if (run[0] == "alpha") {
-            s.alpha = value;
-        } else {
-            const auto from = input.begin() + static_cast<std::ptrdiff_t>(got.size());
-            const Words part = level(s, Words(from, from + 8 * std::stol(run[1])));
-            got.insert(got.end(), part.begin(), part.end());
-            ASSERT_LE(124 * (record + 1), records.size());
-            ASSERT_EQ(std::memcmp(&s, &records[124 * record], 124), 0) << "record of " << run.at(2);
-            ++record;
-        }
-    }
-    EXPECT_EQ(124 * record, records.size());
-    expectEqual(got, want, "samples");
+    EXPECT_EQ(size, 124);
 }
 
 // The first block by hand: m = 800, s = 640, n falls from its start only towards levels below it.

@@ -1,14 +1,13 @@
 // Reference vectors from tests/vectors.
 #pragma once
 
+#include "conformance/vectors.hpp"
+
 #include <gtest/gtest.h>
 
 #include <cstddef>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -21,15 +20,15 @@ std::filesystem::path vectorPath(const std::string& name);
 /// All elements of a raw little-endian file; a missing file fails the test.
 template <typename T>
 std::vector<T> readVector(const std::string& name)
-{
-    std::ifstream file(vectorPath(name), std::ios::binary);
-    if (!file) ADD_FAILURE() << "cannot open " << vectorPath(name);
-    const std::string bytes{std::istreambuf_iterator<char>(file), {}};
-    EXPECT_EQ(bytes.size() % sizeof(T), 0u) << name;
-    std::vector<T> values(bytes.size() / sizeof(T));
-    if (!values.empty()) std::memcpy(values.data(), bytes.data(), values.size() * sizeof(T));
-    return values;
+try {
+    return conformance::Vectors(vectorPath("")).read<T>(name);
+} catch (const conformance::Fault& fault) {
+    ADD_FAILURE() << fault.what();
+    return {};
 }
+
+/// The checks of a family in conformance/ whose names begin so: all pass, and there are `count`.
+void expectConforms(const std::string& family, std::size_t count, const std::string& prefix = "");
 
 /// `count` elements from `first` on.
 template <typename T>
@@ -41,16 +40,11 @@ std::vector<T> part(const std::vector<T>& from, std::size_t first, std::size_t c
 
 /// The lines of a text file, split into words, without blank lines and comments.
 inline std::vector<std::vector<std::string>> readRuns(const std::string& name)
-{
-    std::ifstream file(vectorPath(name));
-    if (!file) ADD_FAILURE() << "cannot open " << vectorPath(name);
-    std::vector<std::vector<std::string>> runs;
-    for (std::string line; std::getline(file, line);) {
-        std::istringstream words(line);
-        std::vector<std::string> run{std::istream_iterator<std::string>(words), {}};
-        if (!run.empty() && run[0][0] != '#') runs.push_back(std::move(run));
-    }
-    return runs;
+try {
+    return conformance::Vectors(vectorPath("")).runs(name);
+} catch (const conformance::Fault& fault) {
+    ADD_FAILURE() << fault.what();
+    return {};
 }
 
 /// Compares element by element and names the first difference.

@@ -30,36 +30,17 @@ std::array<std::int16_t, 94> wordsOf(const Vad2State& state)
 
 TEST(GsmamrVad2, Vectors)
 {
-    bool onlyFirstHalf = false;
-    for (const char* signal :
-         {"extremes", "music", "silence_steps", "speech_babble15", "speech_car10", "speech_clean",
-          "speech_loud_clip", "speech_pink5", "speech_quiet", "speech_white20", "tones"}) {
-        const std::string name = std::string("gsmamr/") + signal;
-        const auto pcm = readVector<std::int16_t>(name + ".pcm");
-        const auto side = readVector<std::int16_t>(name + ".side");
-        const auto want = readVector<std::int16_t>(name + ".vad2");
-        const std::size_t frames = want.size() / 96;
-        ASSERT_GT(frames, 0u);
-        ASSERT_GE(pcm.size(), 160 * frames);
-        ASSERT_EQ(side.size(), 4 * frames);
+    expectConforms("GSM-AMR", 11, "detector 2");
+}
 
-        Vad2State state{}, defined{};
-        for (std::size_t t = 0; t < frames; ++t) {
-            const std::int16_t* frame = &pcm[160 * t];
-            const std::int16_t* record = &want[96 * t];
-            const bool ltp = side[4 * t + 3] != 0;
-            const std::string what = name + ", frame " + std::to_string(t);
-            std::int16_t flag = -1;
-            // any bit of the flag counts
-            ASSERT_EQ(zspsVAD2_GSMAMR_16s(frame, &state, &flag, ltp ? 1 << 16 : 0), zspStsNoErr);
-            ASSERT_EQ(flag, record[0]) << what;
-            expectEqual(wordsOf(state), std::span(record + 2, 94), what);
-            ASSERT_EQ(vad2Scalar(Vad2Frame{frame, 160}, defined, ltp), record[0] != 0) << what;
-            expectEqual(wordsOf(defined), std::span(record + 2, 94), what + ", definition");
-            onlyFirstHalf |= record[0] == 1 && record[1] == 1;
-        }
-    }
-    EXPECT_TRUE(onlyFirstHalf) << "no frame was speech in its first half only";
+// The vectors have a frame that is speech in its first half only.
+TEST(GsmamrVad2, VectorsTellTheHalves)
+{
+    bool onlyFirstHalf = false;
+    const Words records = readVector<std::int16_t>("gsmamr/speech_clean.vad2");
+    for (std::size_t i = 0; i + 96 <= records.size(); i += 96)
+        onlyFirstHalf |= records[i] == 1 && records[i + 1] == 1;
+    EXPECT_TRUE(onlyFirstHalf);
 }
 
 // From any record whatever, also those that no signal leads to.
