@@ -167,7 +167,7 @@ TEST_F(HostCommandLine, BashCompletesCommandsOptionsAndValues)
         const char* wanted;
     };
     const Row rows[] = {
-        {"zsp ''", "encode decode codecs aec vad alc demo info help --help --version"},
+        {"zsp ''", "encode decode codecs aec vad alc demo selftest info help --help --version"},
         {"zsp de", "decode demo"},
         {"zsp help a", "aec alc"},
         {"zsp vad --d", "--detector --dtx"},

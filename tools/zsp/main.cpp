@@ -31,8 +31,8 @@ namespace {
 
 std::vector<Command> allCommands()
 {
-    return {encodeCommand(), decodeCommand(), codecsCommand(), aecCommand(),
-            vadCommand(),    alcCommand(),    demoCommand(),   infoCommand()};
+    return {encodeCommand(), decodeCommand(), codecsCommand(),   aecCommand(), vadCommand(),
+            alcCommand(),    demoCommand(),   selftestCommand(), infoCommand()};
 }
 
 std::string overview(const std::vector<Command>& commands)

@@ -14,6 +14,7 @@ Command vadCommand();
 Command aecCommand();
 Command demoCommand();
 Command infoCommand();
+Command selftestCommand();
 
 /// Whether the processor has what the libraries compute with.
 bool processorSuffices();

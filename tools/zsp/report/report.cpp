@@ -44,6 +44,9 @@ td { text-align: right; }
 th:first-child, td:first-child { text-align: left; }
 th, td { padding: 7px 10px; border-bottom: 1px solid var(--rule); white-space: nowrap; }
 tr:last-child td { border-bottom: 0; }
+.words th, .words td { text-align: left; white-space: normal; vertical-align: top; }
+.words td + td:not(:last-child) { white-space: nowrap; }
+.words td:last-child { overflow-wrap: anywhere; }
 .players { display: grid; grid-template-columns: repeat(auto-fit, minmax(280px, 1fr)); gap: 10px 18px; }
 .players label { display: block; font-size: 13px; color: var(--soft); }
 audio { width: 100%; height: 36px; }
@@ -112,9 +115,19 @@ void Report::tiles(const std::vector<Tile>& tiles)
     body_ += "</div>\n";
 }
 
-void Report::table(const std::vector<std::vector<std::string>>& rows, const std::string& note)
+void Report::table(const Rows& rows, const std::string& note)
 {
-    body_ += "<div class=\"card\"><div class=\"scroll\"><table>";
+    addTable("", rows, note);
+}
+
+void Report::words(const Rows& rows, const std::string& note)
+{
+    addTable(" class=\"words\"", rows, note);
+}
+
+void Report::addTable(const std::string& attributes, const Rows& rows, const std::string& note)
+{
+    body_ += "<div class=\"card\"><div class=\"scroll\"><table" + attributes + ">";
     const char* cell = "th";
     for (const auto& row : rows) {
         body_ += "<tr>";

@@ -21,7 +21,10 @@ class Report {
     };
     void tiles(const std::vector<Tile>& tiles);
     /// The first row is the heading; columns from the second on are aligned as numbers.
-    void table(const std::vector<std::vector<std::string>>& rows, const std::string& note = "");
+    using Rows = std::vector<std::vector<std::string>>;
+    void table(const Rows& rows, const std::string& note = "");
+    /// The same of words, which are aligned as such and broken where the page is narrow.
+    void words(const Rows& rows, const std::string& note = "");
     void chart(const std::string& title, const Chart& chart, const std::string& note = "");
     /// Charts below one another in one frame.
     void charts(const std::string& title, std::span<const Chart> charts,
@@ -35,6 +38,8 @@ class Report {
     void write(const std::string& path) const;
 
   private:
+    void addTable(const std::string& attributes, const Rows& rows, const std::string& note);
+
     std::string title_, summary_, body_;
     std::vector<std::string> sections_;
 };
