@@ -3,11 +3,11 @@
 # builds them and under the address and undefined-behaviour sanitizers, and runs clang-tidy over
 # libraries and host. Installs missing Debian packages first.
 #
-#   ./check.sh                          format, release, clang, asan and tidy
+#   ./check.sh                          format, headers, release, clang, asan and tidy
 #   ./check.sh CHECK...                 one or some of these, or of what takes more packages:
 #
 #     tsan         the tests under the thread sanitizer
-#     fuzz         100 million random calls under the address sanitizer
+#     fuzz         100 million random calls under the address sanitizer, and every fuzzer a minute
 #     windows      cross-build with mingw-w64, all tests under Wine
 #     packages     Debian packages: lintian, install, use, remove (as root)
 #     reproducible two builds in different directories, compared byte by byte
@@ -23,6 +23,21 @@ check_format() {
     git ls-files '*.cpp' '*.hpp' | xargs awk '
         FNR == 1 && !/^\/[\/*]/ { print FILENAME ": no opening comment"; bad = 1 }
         END { exit bad }'
+}
+
+# The public headers, together and one by one, against every warning that clang has but one: it
+# takes Doxygen's lists of parameters, "src1, src2", for the name of one.
+check_headers() {
+    local header standard language faults=0
+    for header in include/*.h include/*/*.h companion/include/*.h; do
+        for standard in c99 c11 c++11 c++20; do
+            language=${standard%%[0-9]*}
+            echo "#include \"${header##*include/}\"" |
+                clang -x "$language" -std="$standard" -Weverything -Wno-documentation -Werror \
+                    -Iinclude -Icompanion/include -fsyntax-only - || faults=1
+        done
+    done
+    return "$faults"
 }
 
 check_release() {
@@ -59,12 +74,16 @@ check_tsan() {
     cmake --workflow --preset tsan
 }
 
-# Ten million calls for each of ten seeds.
+# Ten million calls for each of ten seeds, then a minute for each of clang's fuzzers.
 check_fuzz() {
+    install_packages "${fuzz_packages[@]}"
     cmake --preset asan
     cmake --build --preset asan --target zspsc_random_caller
     seq 101 110 | xargs -P "$(nproc)" -I SEED \
         build/asan/bin/zspsc_random_caller --calls 10000000 --seed SEED
+    cmake --preset fuzz
+    cmake --build --preset fuzz --target zspsc_fuzzers
+    tests/fuzz/run_fuzzers.sh build/fuzz 60
 }
 
 check_windows() {
@@ -80,7 +99,7 @@ check_reproducible() {
     packaging/reproducible.sh
 }
 
-[ "$#" -gt 0 ] || set -- format release clang asan tidy
+[ "$#" -gt 0 ] || set -- format headers release clang asan tidy
 for check in "$@"; do
     echo "== $check"
     SECONDS=0

@@ -21,6 +21,9 @@ class Choices {
     /// No bytes are left; every further choice is the first one.
     bool exhausted() const { return fromBytes_ && bytes_.empty(); }
 
+    /// How many bytes are left.
+    std::size_t left() const { return bytes_.size(); }
+
     template <std::unsigned_integral T>
     T bits()
     {
@@ -62,6 +65,7 @@ class Choices {
     {
         using U = std::make_unsigned_t<T>;
         constexpr T kMax = std::numeric_limits<T>::max(), kMin = std::numeric_limits<T>::min();
+        if (isExpanded()) return Choices(bits<std::uint16_t>()).fill(samples);
         const int manner = below(8), shift = below(std::numeric_limits<U>::digits);
         const auto value = bits<U>();
         const int period = 1 + below(64);
@@ -100,6 +104,7 @@ class Choices {
     /// ones.
     void fill(std::span<float> samples)
     {
+        if (isExpanded()) return Choices(bits<std::uint16_t>()).fill(samples);
         const int manner = below(8);
         const float scale = std::bit_cast<float>(bits<std::uint8_t>() % 190 << 23);
         std::array<std::int16_t, 64> words;
@@ -114,6 +119,10 @@ class Choices {
     }
 
   private:
+    /// Whether samples come from a short seed among the bytes: most do, or few calls would use the
+    /// bytes up.
+    bool isExpanded() { return fromBytes_ && below(4) != 0; }
+
     std::uint64_t next() // splitmix64
     {
         seed_ += 0x9e37'79b9'7f4a'7c15;

@@ -3,7 +3,6 @@
 //
 //   zspsc_random_caller [--calls N] [--seed S] [--family NAME]   100000 calls, seed 1, all families
 //   zspsc_random_caller --family NAME --session S                the one session with this seed
-//   zspsc_random_caller --family NAME --corpus FOLDER            what a fuzzer found worth keeping
 //   zspsc_random_caller --described                              is every export described?
 
 #include "tests/fuzz/caller.hpp"
@@ -11,8 +10,6 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <set>
 #include <string>
@@ -66,26 +63,12 @@ bool isFaulty()
     return true;
 }
 
-int replay(const Family& family, const std::string& folder)
-{
-    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-        std::ifstream file(entry.path(), std::ios::binary);
-        const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
-        session = entry.path().string();
-        const auto* data = static_cast<const std::uint8_t*>(static_cast<const void*>(bytes.data()));
-        caller->session(family, Choices(std::span(data, bytes.size())), 1000);
-        if (isFaulty()) return 1;
-    }
-    return caller->calls() == 0; // an empty corpus shows nothing
-}
-
 struct Options {
     long long calls = 100'000;
     std::uint64_t seed = 1;
     bool single = false;
     bool list = false;
     std::string family;
-    std::string corpus;
 };
 
 Options parse(int argc, char** argv)
@@ -100,8 +83,6 @@ Options parse(int argc, char** argv)
             o.calls = std::atoll(value());
         else if (option == "--family")
             o.family = value();
-        else if (option == "--corpus")
-            o.corpus = value();
         else if (option == "--seed")
             o.seed = std::strtoull(value(), nullptr, 0);
         else if (option == "--session")
@@ -134,7 +115,6 @@ int main(int argc, char** argv)
     std::signal(SIGSEGV, say);
     std::signal(SIGFPE, say);
 #endif
-    if (!o.corpus.empty()) return replay(*chosen[0], o.corpus);
     for (std::uint64_t i = 0; o.single ? i == 0 : caller->calls() < o.calls; ++i) {
         Choices choices(o.single ? o.seed : o.seed * 0x9e37'79b9'7f4a'7c15 + i);
         const Family& family =
