@@ -2,7 +2,7 @@
 #pragma once
 
 #include "core/spans.hpp"
-#include "zspsc.h"
+#include "zspsc/alc_g169.h"
 
 namespace zsp::alc {
 

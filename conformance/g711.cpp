@@ -1,8 +1,7 @@
 // G.711: the input sequences of G.726, which come as code words of both laws and as linear samples.
 
+#include "zspsc/g711.h"
 #include "conformance/families.hpp"
-
-#include "zspsc.h"
 
 namespace zsp::conformance {
 

@@ -1,8 +1,7 @@
 // G.722: the filters and the sub-band coder over the runs of g722/runs.txt.
 
+#include "zspsc/g722.h"
 #include "conformance/families.hpp"
-
-#include "zspsc.h"
 
 #include <algorithm>
 #include <array>

@@ -1,8 +1,7 @@
 // G.726: the runs of g726/runs.txt, which are the sequences of the Recommendation and speech.
 
+#include "zspsc/g726.h"
 #include "conformance/families.hpp"
-
-#include "zspsc.h"
 
 #include <algorithm>
 #include <array>

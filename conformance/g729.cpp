@@ -1,8 +1,8 @@
 // G.729: high-pass filter, line spectral pairs to frequencies, inverse square root.
 
+#include "zspsc/g729.h"
 #include "conformance/families.hpp"
-
-#include "zspsc.h"
+#include "zspsc/correlation.h"
 
 #include <algorithm>
 #include <array>

@@ -2,8 +2,7 @@
 // of discontinuous transmission.
 
 #include "conformance/families.hpp"
-
-#include "zspsc.h"
+#include "zspsc/gsmamr_vad.h"
 
 #include <algorithm>
 #include <array>

@@ -1,8 +1,7 @@
 // Level control: samples and record after each part of alc/runs.txt.
 
 #include "conformance/families.hpp"
-
-#include "zspsc.h"
+#include "zspsc/alc_g169.h"
 
 #include <cstdio>
 

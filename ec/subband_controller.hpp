@@ -2,7 +2,7 @@
 #pragma once
 
 #include "core/spans.hpp"
-#include "zspsc.h"
+#include "zspsc/types.h"
 
 #include <cstddef>
 #include <cstdint>

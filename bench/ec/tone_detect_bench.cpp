@@ -5,7 +5,7 @@
 #include "bench/support/versions.hpp"
 #include "core/state.hpp"
 #include "ec/tone_detect.hpp"
-#include "zspsc.h"
+#include "zspsc/ec_tone.h"
 
 #include <array>
 #include <cmath>

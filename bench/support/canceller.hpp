@@ -4,7 +4,7 @@
 
 #include "bench/support/pool.hpp"
 #include "bench/support/versions.hpp"
-#include "zspsc.h"
+#include "zspsc/types.h"
 
 #include <cstddef>
 #include <vector>

@@ -4,7 +4,7 @@
 
 #include "codecs/shared/vad/half_band_bank.hpp"
 #include "core/fixed_point.hpp"
-#include "zspsc.h"
+#include "zspsc/gsmamr_vad.h"
 
 namespace zsp::gsmamr {
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "codecs/gsmamr/gsmamr_vad2_channels.hpp"
-#include "zspsc.h"
+#include "zspsc/gsmamr_vad.h"
 
 #include <cstdint>
 #include <span>

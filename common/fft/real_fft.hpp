@@ -9,7 +9,7 @@
 #pragma once
 
 #include "core/spans.hpp"
-#include "zspsc.h"
+#include "zspsc/types.h"
 
 #include <cstdint>
 #include <span>

@@ -5,7 +5,7 @@
 #ifndef ZSPVOICE_VERSION_H
 #define ZSPVOICE_VERSION_H
 
-#include "../zspsc.h"
+#include "../zspsc/types.h"
 
 #include <stdint.h>
 

@@ -6,6 +6,7 @@
 #include "tests/support/contract.hpp"
 #include "tests/support/samples.hpp"
 #include "tests/support/vectors.hpp"
+#include "zspsc/alc_g169.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // The version record, which stays as it is.
 
-#include "zspsc.h"
+#include "zspsc/types.h"
 
 #include <gtest/gtest.h>
 

@@ -5,6 +5,7 @@
 
 #include "tests/support/contract.hpp"
 #include "tests/support/samples.hpp"
+#include "zspsc/ec_tone.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,8 @@
 
 #include "tests/host/host.hpp"
 
-#include "zspsc.h"
+#include "zspsc/g722.h"
+#include "zspsc/g726.h"
 #include "zspvoice.h"
 
 #include <array>

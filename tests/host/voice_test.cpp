@@ -1,8 +1,7 @@
 // zsp alc, aec and vad: results, what they say, and the memory they take.
 
 #include "tests/host/host.hpp"
-
-#include "zspsc.h"
+#include "zspsc/alc_g169.h"
 
 #include <cmath>
 #include <sstream>

@@ -15,7 +15,7 @@
 
 #include "tests/support/bound.hpp"
 #include "tests/support/checked_call.hpp"
-#include "zspsc.h"
+#include "zspsc/types.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "tests/support/samples.hpp"
-#include "zspsc.h"
 
 #include <array>
 #include <bit>

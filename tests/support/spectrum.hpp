@@ -2,7 +2,7 @@
 #pragma once
 
 #include "common/fft/dft.hpp"
-#include "zspsc.h"
+#include "zspsc/types.h"
 
 #include <cmath>
 #include <complex>

@@ -6,7 +6,6 @@
 #include "tools/zsp/io/text.hpp"
 
 #include "zspcore.h"
-#include "zspsc.h"
 #include "zspvoice.h"
 
 #include <algorithm>

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "voice/api/steps.hpp"
+#include "zspsc/gsmamr_vad.h"
 #include "zspvoice.h"
 
 namespace zsp::voice::activity {

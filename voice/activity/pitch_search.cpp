@@ -1,8 +1,7 @@
 // Correlations over three ranges of lags, shorter lags preferred.
 
 #include "voice/activity/pitch_search.hpp"
-
-#include "zspsc.h"
+#include "zspsc/correlation.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 // Statuses of several calls, of which the first failure counts.
 #pragma once
 
-#include "zspsc.h"
+#include "zspsc/types.h"
 
 namespace zsp::voice {
 

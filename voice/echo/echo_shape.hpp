@@ -2,7 +2,7 @@
 // its parts share.
 #pragma once
 
-#include "zspsc.h"
+#include "zspsc/types.h"
 
 #include <cmath>
 #include <cstddef>

@@ -3,6 +3,7 @@
 #include "bench/support/pool.hpp"
 #include "bench/support/versions.hpp"
 #include "codecs/gsmamr/gsmamr_vad1.hpp"
+#include "zspsc/gsmamr_vad.h"
 
 #include <algorithm>
 

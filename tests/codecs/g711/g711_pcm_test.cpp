@@ -3,6 +3,7 @@
 #include "codecs/g711/g711_pcm.hpp"
 
 #include "tests/support/contract.hpp"
+#include "zspsc/g711.h"
 
 #include <gtest/gtest.h>
 

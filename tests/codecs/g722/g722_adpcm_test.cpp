@@ -6,6 +6,7 @@
 #include "core/state.hpp"
 
 #include "tests/support/g722_pairs.hpp"
+#include "zspsc/g722.h"
 
 #include <gtest/gtest.h>
 

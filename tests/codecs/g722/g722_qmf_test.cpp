@@ -3,6 +3,7 @@
 #include "codecs/g722/g722_qmf.hpp"
 
 #include "tests/support/g722_pairs.hpp"
+#include "zspsc/g722.h"
 
 #include <gtest/gtest.h>
 

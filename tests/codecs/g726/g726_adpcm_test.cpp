@@ -2,11 +2,11 @@
 // definition.
 
 #include "codecs/g726/g726_adpcm.hpp"
-#include "zspsc.h"
 
 #include "tests/support/coder_signal.hpp"
 #include "tests/support/contract.hpp"
 #include "tests/support/vectors.hpp"
+#include "zspsc/g726.h"
 
 #include <gtest/gtest.h>
 

@@ -2,6 +2,7 @@
 
 #include "tests/support/contract.hpp"
 #include "tests/support/vectors.hpp"
+#include "zspsc/gsmamr_vad.h"
 
 #include <gtest/gtest.h>
 

@@ -4,6 +4,7 @@
 
 #include "tests/support/contract.hpp"
 #include "tests/support/vectors.hpp"
+#include "zspsc/correlation.h"
 
 #include <gtest/gtest.h>
 

@@ -4,6 +4,7 @@
 
 #include "tools/zsp/io/failure.hpp"
 #include "tools/zsp/io/text.hpp"
+#include "zspsc/g726.h"
 
 #include <algorithm>
 #include <array>

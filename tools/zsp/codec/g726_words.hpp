@@ -5,8 +5,6 @@
 
 #include "tools/zsp/io/audio_format.hpp"
 
-#include "zspsc.h"
-
 #include <cstdint>
 #include <span>
 #include <vector>

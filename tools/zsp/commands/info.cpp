@@ -4,7 +4,6 @@
 #include "tools/zsp/commands/commands.hpp"
 
 #include "zspcore.h"
-#include "zspsc.h"
 #include "zspvoice.h"
 
 #include <array>

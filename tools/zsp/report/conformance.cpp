@@ -7,7 +7,6 @@
 #include "tools/zsp/io/text.hpp"
 #include "tools/zsp/report/report.hpp"
 
-#include "zspsc.h"
 #include "zspvoice.h"
 
 #include <algorithm>

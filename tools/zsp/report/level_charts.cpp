@@ -4,6 +4,7 @@
 
 #include "signals/measure.hpp"
 #include "tools/zsp/io/text.hpp"
+#include "zspsc/alc_g169.h"
 
 #include <algorithm>
 #include <cmath>

@@ -4,8 +4,7 @@
 
 #include "tools/zsp/io/files.hpp"
 #include "tools/zsp/io/text.hpp"
-
-#include "zspsc.h"
+#include "zspsc/types.h"
 
 #include <utility>
 

@@ -1,7 +1,7 @@
 // The library's G.169 level control behind a C++ object.
 #pragma once
 
-#include "zspsc.h"
+#include "zspsc/alc_g169.h"
 
 #include <cstddef>
 #include <cstdint>

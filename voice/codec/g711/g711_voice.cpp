@@ -2,6 +2,7 @@
 
 #include "voice/codec/rows.hpp"
 #include "voice/codec/shared/concealer.hpp"
+#include "zspsc/g711.h"
 
 #include <array>
 

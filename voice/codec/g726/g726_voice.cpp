@@ -3,6 +3,7 @@
 
 #include "voice/codec/rows.hpp"
 #include "voice/codec/shared/concealer.hpp"
+#include "zspsc/g726.h"
 
 #include <algorithm>
 #include <array>

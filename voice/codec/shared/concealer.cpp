@@ -1,8 +1,7 @@
 // Concealment by repetition of pitch waveforms.
 
 #include "voice/codec/shared/concealer.hpp"
-
-#include "zspsc.h"
+#include "zspsc/correlation.h"
 
 #include <algorithm>
 #include <cassert>

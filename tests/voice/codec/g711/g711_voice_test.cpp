@@ -4,7 +4,7 @@
 
 #include "tests/support/samples.hpp"
 #include "tests/support/vectors.hpp"
-#include "zspsc.h"
+#include "zspsc/g711.h"
 
 namespace {
 
