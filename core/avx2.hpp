@@ -143,4 +143,15 @@ inline std::int32_t max32(__m256i v) noexcept
     return _mm_cvtsi128_si32(m);
 }
 
+/// The largest of sixteen magnitudes without a sign, as vpabsw gives them: 32767 for 32768, like
+/// the basic operation abs.
+inline std::int16_t maxMagnitude(__m256i v) noexcept
+{
+    const __m128i m = _mm_max_epu16(_mm256_castsi256_si128(v), _mm256_extracti128_si256(v, 1));
+    // vphminposuw finds a minimum: that of the complements
+    const __m128i found = _mm_minpos_epu16(_mm_xor_si128(m, _mm_set1_epi16(-1)));
+    const int largest = ~_mm_cvtsi128_si32(found) & 0xffff;
+    return static_cast<std::int16_t>(largest > 32767 ? 32767 : largest);
+}
+
 } // namespace zsp::avx2

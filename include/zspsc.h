@@ -17,6 +17,7 @@
  * | G.722 | band split and join, encoder, decoder | 144 bytes and a delay line |
  * | G.726 | encoder and decoder at four rates | 88 and 92 bytes |
  * | G.729 | high-pass filter; LSP to LSF | 24 bytes; none |
+ * | GSM full rate | the blocks of the coder | the caller's arrays, cleared at the start |
  * | GSM-AMR | two activity detectors, DTX bookkeeping | public records, set up by the caller |
  * | AMR-WB | activity detector; spectral frequencies | a public record; none |
  * | echo cancellation | filter bank, controller, filters, tone detector | see the size queries |
@@ -90,6 +91,7 @@
 #include "zspsc/g726.h"
 #include "zspsc/g729.h"
 #include "zspsc/gsmamr_vad.h"
+#include "zspsc/gsmfr.h"
 #include "zspsc/products.h"
 #include "zspsc/types.h"
 

@@ -58,10 +58,15 @@ TEST(Conformance, WhatIsWrongFails)
         const char* file;
     };
     constexpr Case kCases[] = {
-        {"G.711", "g726/nrm_a.sl"},        {"G.726", "g726/rn16fa.out"},
-        {"G.722", "g722/update_1.sub"},    {"GSM-AMR", "gsmamr/tones.vad2"},
-        {"AMR-WB", "amrwb/sid_quant.bin"}, {"G.729", "g729/lsp.norm.s16"},
-        {"G.729", "math/invsqrt.out.s32"}, {"level control", "alc/levels.states.bin"},
+        {"G.711", "g726/nrm_a.sl"},
+        {"G.726", "g726/rn16fa.out"},
+        {"G.722", "g722/update_1.sub"},
+        {"GSM-AMR", "gsmamr/tones.vad2"},
+        {"AMR-WB", "amrwb/sid_quant.bin"},
+        {"G.729", "g729/lsp.norm.s16"},
+        {"G.729", "math/invsqrt.out.s32"},
+        {"level control", "alc/levels.states.bin"},
+        {"GSM full rate", "gsmfr/speech.out.pcm"},
     };
     for (const Case& c : kCases) {
         SCOPED_TRACE(c.file);

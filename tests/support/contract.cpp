@@ -10,7 +10,7 @@ namespace zsp::test {
 
 namespace {
 
-constexpr std::size_t kGuard = 64;
+constexpr std::size_t kGuard = 256; // also what some exports read before a block: 120 words
 constexpr std::byte kGuardByte{0xA5};
 
 /// A copy of an argument's content between guard bytes, at a 64-byte boundary plus `offset`.
