@@ -7,6 +7,9 @@
 #ifdef ZSPSC_PEER_LIBAVCODEC
 #include "bench/support/avcodec.hpp"
 #endif
+#ifdef ZSPSC_PEER_LIBGSM
+#include <gsm.h>
+#endif
 #ifdef ZSPSC_PEER_SPANDSP
 #include <spandsp.h>
 #endif

@@ -95,6 +95,14 @@ TEST_F(HostClients, CodedSpeechIsTheSameForThem)
     ASSERT_EQ(
         run(ffmpeg + "-f alaw -ar 8000 -i wanted.al -f s16le x.raw; cmp x.raw wanted.raw").text,
         "");
+    // GSM: SoX has the same bits both ways, FFmpeg a decoder that does not saturate.
+    EXPECT_EQ(run("zsp encode plain.wav y.gsm; sox -D plain.wav x.gsm; cmp x.gsm y.gsm; "
+                  "zsp decode x.gsm y.raw; sox x.gsm -t raw x.raw; cmp x.raw y.raw; " +
+                  ffmpeg + "-i y.gsm theirs.wav; zsp decode y.gsm y.wav; " + ffmpeg +
+                  "-i y.wav ours.wav")
+                  .text,
+              "");
+    EXPECT_EQ(get("theirs.wav").size(), get("ours.wav").size());
     // FFmpeg's WAV and AU files of coded speech are decoded without a word about the codec.
     for (const std::string coder :
          {"-ar 8000 -c:a pcm_mulaw x.wav", "-ar 8000 -c:a pcm_alaw x.au",

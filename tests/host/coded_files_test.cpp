@@ -74,6 +74,12 @@ TEST_F(HostCodedFiles, WhatIsPlainlyNoCodedSpeechIsRefused)
     amr.resize(200);
     put("speech.amr", amr);
     ASSERT_EQ(zsp("decode -c pcma speech.wav x.wav").status, 1);
+    ASSERT_EQ(zsp("encode speech.wav short.gsm").status, 0);
+    Bytes frames = get("short.gsm"); // five
+    frames.push_back(0xd0);
+    put("short.gsm", frames);
+    frames[66] ^= 0x10;
+    put("noise.gsm", frames);
     ASSERT_EQ(
         run("zsp alc speech.wav s.flac 2>/dev/null; zsp alc speech.wav s.ogg 2>/dev/null").status,
         0);
@@ -86,6 +92,8 @@ TEST_F(HostCodedFiles, WhatIsPlainlyNoCodedSpeechIsRefused)
                         {"decode speech.wav no.wav", "is a RIFF file"},
                         {"decode -c g726 s.flac no.wav", "is a FLAC file"},
                         {"decode -c g726 s.ogg no.wav", "is an Ogg file"},
+                        {"decode noise.gsm no.wav", "frame 3 is none of GSM"},
+                        {"decode short.gsm no.wav", "1 byte left over behind the last whole frame"},
                         {"decode -c g726 letter no.wav", "letter: is text"},
                         {"decode -c g726 speech.amr no.wav", "with a header of its own"}};
     for (const Row& row : rows) {

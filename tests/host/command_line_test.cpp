@@ -61,7 +61,8 @@ TEST_F(HostCommandLine, WhatMakesNoSenseIsToldInPlainWords)
         {"encode -r fast in.wav x.g726", "fast is no bit rate, as 24, 24k or 24000", "encode"},
         {"encode -r nan in.wav x.g726", "nan is no bit rate", "zsp encode --help"},
         {"encode -r 1e99 in.wav x.g726", "1e99 is no bit rate", "zsp encode --help"},
-        {"encode -c mp3 in.wav x", "mp3 is none of pcmu, pcma, g722, g726 or g726aal2", "encode"},
+        {"encode -c mp3 in.wav x", "mp3 is none of pcmu, pcma, g722, g726, g726aal2 or gsm",
+         "encode"},
         {"encode in.wav x", "x tells no codec by an extension; name one with --codec", "encode"},
         {"encode in.wav x.zip", ".zip is the extension of no codec", "zsp encode --help"},
         {"encode -f zip in.wav x.ul", "--format: zip is not wav, au, flac", "zsp encode --help"},
@@ -131,7 +132,7 @@ TEST_F(HostCommandLine, CodecsListsTheTable)
               std::string(" .") + codec.fileExtension + " ", std::string(codec.standard)})
             EXPECT_NE(outcome.text.find(text), std::string::npos) << text;
     }
-    EXPECT_EQ(zsp("codecs --names").text, "pcmu\npcma\ng722\ng726\ng726aal2\n");
+    EXPECT_EQ(zsp("codecs --names").text, "pcmu\npcma\ng722\ng726\ng726aal2\ngsm\n");
 }
 
 // The manual names every command and option, and no others.

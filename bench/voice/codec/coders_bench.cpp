@@ -41,19 +41,23 @@ void encode(benchmark::State& state, const ZspvCodec* codec)
     zspvEncoderDestroy(encoder);
 }
 
+/// Whole packets, one after the other.
 std::vector<std::uint8_t> coded(const ZspvCodec* codec)
 {
     const auto speech = speechFor(codec);
-    const std::size_t packets = speech.size() / packetSamples(codec);
-    const auto count = static_cast<std::int32_t>(packets * packetSamples(codec));
+    const std::size_t samples = packetSamples(codec);
     std::vector<std::uint8_t> bytes(speech.size());
-    std::int32_t length = 0;
+    std::size_t done = 0;
     ZspvEncoder* encoder = nullptr;
     zspvEncoderCreate(codec, nullptr, &encoder);
-    zspvEncode(encoder, speech.data(), count, bytes.data(), static_cast<std::int32_t>(bytes.size()),
-               &length, nullptr);
+    for (std::size_t at = 0; at + samples <= speech.size(); at += samples) {
+        std::int32_t length = 0;
+        zspvEncode(encoder, &speech[at], static_cast<std::int32_t>(samples), bytes.data() + done,
+                   static_cast<std::int32_t>(bytes.size() - done), &length, nullptr);
+        done += static_cast<std::size_t>(length);
+    }
     zspvEncoderDestroy(encoder);
-    bytes.resize(static_cast<std::size_t>(length));
+    bytes.resize(done);
     return bytes;
 }
 

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -55,28 +57,54 @@ inline Decoder makeDecoder(const ZspvCodec* codec, std::int32_t bitRate = 0)
     return Decoder(decoder);
 }
 
+/// Samples and octets of the blocks that a signal is given in: a frame each, or all of it at once
+/// where a codec takes that.
+inline std::size_t blockSamples(const ZspvCodec* codec, std::size_t all)
+{
+    const bool takesSteps = codec->stepSamples < codec->frameSamples;
+    return takesSteps ? all : static_cast<std::size_t>(codec->frameSamples);
+}
+inline std::size_t blockOctets(const ZspvCodec* codec, std::size_t all)
+{
+    const bool takesSteps = codec->stepSamples < codec->frameSamples;
+    return takesSteps ? all : static_cast<std::size_t>(codec->maxFrameBytes);
+}
+
 inline Octets encode(ZspvEncoder* encoder, std::span<const std::int16_t> samples)
 {
+    const std::size_t block = blockSamples(zspvEncoderGetCodec(encoder), samples.size());
     Octets octets(samples.size());
-    std::int32_t length = 0;
-    ZspvFrameKind kind = zspvFrameNoData;
-    EXPECT_EQ(zspvEncode(encoder, samples.data(), static_cast<std::int32_t>(samples.size()),
-                         octets.data(), static_cast<std::int32_t>(octets.size()), &length, &kind),
-              zspStsNoErr);
-    EXPECT_EQ(kind, zspvFrameSpeech);
-    octets.resize(static_cast<std::size_t>(length));
+    std::size_t coded = 0;
+    for (std::size_t at = 0; at < samples.size(); at += block) {
+        std::int32_t length = 0;
+        ZspvFrameKind kind = zspvFrameNoData;
+        EXPECT_EQ(zspvEncode(encoder, &samples[at],
+                             static_cast<std::int32_t>(std::min(block, samples.size() - at)),
+                             octets.data() + coded,
+                             static_cast<std::int32_t>(octets.size() - coded), &length, &kind),
+                  zspStsNoErr);
+        EXPECT_EQ(kind, zspvFrameSpeech);
+        coded += static_cast<std::size_t>(length);
+    }
+    octets.resize(coded);
     return octets;
 }
 
 inline Words decode(ZspvDecoder* decoder, std::span<const std::uint8_t> octets)
 {
-    Words samples(4 * octets.size());
-    std::int32_t count = 0;
-    EXPECT_EQ(zspvDecode(decoder, zspvFrameSpeech, octets.data(),
-                         static_cast<std::int32_t>(octets.size()), samples.data(),
-                         static_cast<std::int32_t>(samples.size()), &count),
-              zspStsNoErr);
-    samples.resize(static_cast<std::size_t>(count));
+    const std::size_t block = blockOctets(zspvDecoderGetCodec(decoder), octets.size());
+    Words samples(5 * octets.size());
+    std::size_t heard = 0;
+    for (std::size_t at = 0; at < octets.size(); at += block) {
+        std::int32_t count = 0;
+        EXPECT_EQ(zspvDecode(decoder, zspvFrameSpeech, &octets[at],
+                             static_cast<std::int32_t>(std::min(block, octets.size() - at)),
+                             samples.data() + heard,
+                             static_cast<std::int32_t>(samples.size() - heard), &count),
+                  zspStsNoErr);
+        heard += static_cast<std::size_t>(count);
+    }
+    samples.resize(heard);
     return samples;
 }
 

@@ -158,14 +158,18 @@ TEST(Coders, ConcealAnyNumberOfTimes)
         const Words speech = talk(codec->sampleRate, 1.5, 0.5);
         const Octets octets = encode(makeEncoder(codec).get(), speech);
         const auto decoder = makeDecoder(codec);
-        EXPECT_EQ(conceal(decoder.get()), Words(static_cast<std::size_t>(codec->frameSamples)))
-            << "before anything came";
+        // The concealment of a standard fades by its own rule, to a frame of very low level.
+        const bool own = (codec->flags & zspvCodecConceals) != 0;
+        const int fading = own ? 20 : 6; // frames of 20 and 10 ms
+        const auto isSilence = [own](const Words& heard) {
+            return own ? zsp::signals::levelDbfs(heard) < -65 : heard == Words(heard.size());
+        };
+        EXPECT_TRUE(isSilence(conceal(decoder.get()))) << "before anything came";
         decode(decoder.get(), octets);
         EXPECT_GT(zsp::signals::levelDbfs(conceal(decoder.get())), -60);
         for (int i = 1; i < 1000; ++i) {
             const Words heard = conceal(decoder.get());
-            if (i < 6) continue;
-            ASSERT_EQ(heard, Words(heard.size())) << i << ": silent after 60 ms";
+            ASSERT_TRUE(i < fading || isSilence(heard)) << i;
         }
         decode(decoder.get(), octets);
     }

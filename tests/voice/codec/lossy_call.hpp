@@ -30,10 +30,12 @@ struct LossyCall {
     {
         ZspvEncoder* encoder = nullptr;
         zspvEncoderCreate(codec, nullptr, &encoder);
-        std::int32_t length = 0;
-        zspvEncode(encoder, speech.data(),
-                   static_cast<std::int32_t>(packets(speech) * packetSamples), coded.data(),
-                   static_cast<std::int32_t>(coded.size()), &length, nullptr);
+        for (std::size_t i = 0; i < packets(speech); ++i) {
+            std::int32_t length = 0;
+            zspvEncode(encoder, &speech[i * packetSamples],
+                       static_cast<std::int32_t>(packetSamples), &coded[i * packetBytes],
+                       static_cast<std::int32_t>(packetBytes), &length, nullptr);
+        }
         zspvEncoderDestroy(encoder);
         clean = decode(std::vector<bool>(packets(speech)), Filling::silence);
     }

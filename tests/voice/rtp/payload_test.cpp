@@ -2,6 +2,7 @@
 // header, capacities, arguments, and bytes of any number in blocks of exactly their size.
 
 #include "tests/support/samples.hpp"
+#include "tests/voice/api/coders.hpp"
 #include "voice/codec/codec.hpp"
 #include "zspvoice.h"
 
@@ -31,6 +32,21 @@ Bytes randomBytes(Samples& random, std::int64_t count)
     for (auto& b : bytes)
         b = static_cast<std::uint8_t>(random.below(256));
     return bytes;
+}
+
+/// Bytes of any kind; every other time, for codecs with frames, some of these.
+Bytes randomPayload(Samples& random, const ZspvCodec* codec)
+{
+    if (codec->stepSamples < codec->frameSamples || random.below(2) == 0)
+        return randomBytes(random, random.below(random.below(8) ? 40 : 700));
+    Bytes payload;
+    const auto encoder = zsp::test::makeEncoder(codec);
+    for (int i = random.below(4); i >= 0; --i) {
+        const auto frame = zsp::test::encode(
+            encoder.get(), random.words(static_cast<std::size_t>(codec->frameSamples)));
+        payload.insert(payload.end(), frame.begin(), frame.end());
+    }
+    return payload;
 }
 
 struct Unpacked {
@@ -139,7 +155,7 @@ TEST(Payload, AnyBytesComeBackOrAreRefused)
         const int index = random.below(zspvCodecCount());
         const ZspvCodec* codec = zspvCodecByIndex(index);
         SCOPED_TRACE(std::string(codec->rtpName) + ", round " + std::to_string(round));
-        const Bytes payload = randomBytes(random, random.below(random.below(8) ? 40 : 700));
+        const Bytes payload = randomPayload(random, codec);
         const Unpacked u = unpack(codec, payload);
         if (u.status != zspStsNoErr || u.frames.empty()) continue;
         Bytes again;

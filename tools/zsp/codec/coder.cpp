@@ -141,10 +141,14 @@ void SpeechDecoder::decodeBlock(std::span<const std::uint8_t> bytes,
     const std::size_t start = samples.size();
     samples.resize(start + bytes.size() / step_ * toSize(setting_.codec->stepSamples));
     std::int32_t count = 0;
-    require(zspvDecode(decoder_.get(), zspvFrameSpeech, bytes.data(),
-                       static_cast<std::int32_t>(bytes.size()), samples.data() + start,
-                       static_cast<std::int32_t>(samples.size() - start), &count),
-            "zspvDecode");
+    const ZspStatus status = zspvDecode(
+        decoder_.get(), zspvFrameSpeech, bytes.data(), static_cast<std::int32_t>(bytes.size()),
+        samples.data() + start, static_cast<std::int32_t>(samples.size() - start), &count);
+    ++blocks_;
+    if (status == zspStsCodecRangeErr)
+        throw Failure("frame " + std::to_string(blocks_) + " is none of " +
+                      setting_.codec->rtpName);
+    require(status, "zspvDecode");
     samples.resize(start + toSize(count));
 }
 

@@ -43,7 +43,8 @@ class SpeechDecoder {
   public:
     explicit SpeechDecoder(const CodecSetting& setting);
 
-    /// Appends the samples of the frames that are complete.
+    /// Appends the samples of the frames that are complete. Throws a Failure at bytes that are no
+    /// frame of the codec.
     void decode(std::span<const std::uint8_t> bytes, std::vector<std::int16_t>& samples);
     /// Appends the samples of the last code words of G.726, which need not fill an octet. Returns
     /// the number of bytes that are no whole frame.
@@ -59,6 +60,7 @@ class SpeechDecoder {
     std::size_t step_;
     std::unique_ptr<ZspvDecoder, Closer> decoder_;
     std::vector<std::uint8_t> pending_;
+    std::uint64_t blocks_ = 0; // decoded, of codecs with frames one each
 };
 
 /// A whole signal, coded with as much silence behind it as the codec's delay.
