@@ -8,6 +8,9 @@ if(ZSPSC_SANITIZE)
     add_compile_options($<$<COMPILE_LANGUAGE:C,CXX>:-fsanitize=${ZSPSC_SANITIZE}>
                         $<$<COMPILE_LANGUAGE:C,CXX>:-fno-sanitize-recover=all>
                         $<$<COMPILE_LANGUAGE:C,CXX>:-fno-omit-frame-pointer>)
+    if(CMAKE_CXX_COMPILER_ID MATCHES Clang) # whose checks of these want a C++ runtime in C programs
+        add_compile_options(-fno-sanitize=function,vptr)
+    endif()
     if(ZSPSC_SANITIZE MATCHES thread) # which sees calls, but not what the compiler makes of them
         add_compile_options(-fno-builtin-memcpy -fno-builtin-memmove -fno-builtin-memset)
     endif()
