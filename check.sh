@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
 # Checks the format, builds everything with optimisation, runs all tests, repeats them as clang
-# builds them and under the address and undefined-behaviour sanitizers, and runs clang-tidy over
-# libraries and host. Installs missing Debian packages first.
+# builds them with the address and undefined-behaviour sanitizers, and runs clang-tidy over libraries
+# and host. Installs missing Debian packages first.
 #
-#   ./check.sh                          format, headers, release, clang, asan and tidy
+#   ./check.sh                          format, headers, release, asan and tidy
 #   ./check.sh CHECK...                 one or some of these, or of what takes more packages:
 #
+#     clang        the tests as clang optimises
 #     tsan         the tests under the thread sanitizer
 #     fuzz         100 million random calls under the address sanitizer, and every fuzzer a minute
 #     windows      cross-build with mingw-w64, all tests under Wine
@@ -44,10 +45,6 @@ check_release() {
     cmake --workflow --preset release
 }
 
-check_clang() {
-    cmake --workflow --preset clang
-}
-
 check_asan() {
     cmake --workflow --preset asan
 }
@@ -57,17 +54,21 @@ check_asan() {
 # fails does that count, since then it may say why.
 tidy_one() {
     local said
-    { said=$(clang-tidy --quiet -p build/clang --extra-arg=-UNDEBUG \
+    { said=$(clang-tidy --quiet -p build/asan --extra-arg=-UNDEBUG \
         --extra-arg=-Wno-unknown-warning-option "$1" 2>&1 >&3); } 3>&1 && return
     printf '%s: %s\n' "$1" "$said" >&2
     return 1
 }
 
 check_tidy() {
-    [ -f build/clang/compile_commands.json ] || cmake --preset clang
+    [ -f build/asan/compile_commands.json ] || cmake --preset asan
     export -f tidy_one
     git ls-files {alc,codecs,common,companion,conformance,core,ec,signals,tools,voice}/'*.cpp' |
         xargs -P "$(nproc)" -I{} bash -c 'tidy_one {}'
+}
+
+check_clang() {
+    cmake --workflow --preset clang
 }
 
 check_tsan() {
@@ -99,7 +100,7 @@ check_reproducible() {
     packaging/reproducible.sh
 }
 
-[ "$#" -gt 0 ] || set -- format headers release clang asan tidy
+[ "$#" -gt 0 ] || set -- format headers release asan tidy
 for check in "$@"; do
     echo "== $check"
     SECONDS=0
