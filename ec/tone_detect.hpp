@@ -24,10 +24,8 @@ struct ToneDetectState {
 };
 static_assert(sizeof(ToneDetectState) == 64 && std::is_trivially_copyable_v<ToneDetectState>);
 
-/// The definition. Whether the second or a later reversal came in this block.
-bool toneDetectScalar(ToneDetectState& state, InF src) noexcept;
-
-/// Equal to toneDetectScalar in result and state, but for the bits of what is not a number.
-bool toneDetectAvx2(ToneDetectState& state, InF src) noexcept;
+/// Whether the second or a later reversal came in this block. The step from an output to the next
+/// is longer than all that could be done beside it in vectors: there is no other version.
+bool toneDetect(ToneDetectState& state, InF src) noexcept;
 
 } // namespace zsp::ec

@@ -62,10 +62,11 @@
  *    that they may.
  *  - A state is a buffer of the caller's. Functions on different states may run at the same time on
  *    any threads; calls on one state are the caller's to serialise. Nothing is allocated.
- *  - Functions on float samples run in the caller's floating-point modes and leave them alone; what
- *    is said of their results holds for rounding to nearest. Flush-to-zero and denormals-are-zero
- *    may be set, and keep fading signals fast on processors that handle denormal numbers slowly;
- *    they change nothing but values below 1.2e-38.
+ *  - Functions on float samples take the caller's rounding mode; what is said of their results
+ *    holds for rounding to nearest. Denormal numbers, those below 1.2e-38, count as zero: as
+ *    arguments, in states, and as the result of every single step. Processors handle them slowly,
+ *    and a signal that fades to silence would meet them for long. No other number is touched. After
+ *    a call the floating-point modes and exception flags are the caller's as they were before it.
  *  - Qn is a signed integer that holds a value times 2^n. "sat16" and "sat32" limit to a signed 16-
  *    or 32-bit integer, ">>" is an arithmetic shift.
  *

@@ -70,10 +70,8 @@ void detector(benchmark::State& state, Kernel kernel)
 template <Signal signal>
 bool addSignal(const char* name)
 {
-    return add<Kernel>(
-        name, detector<signal>,
-        {{"definition", zsp::ec::toneDetectScalar}, {"avx2", zsp::ec::toneDetectAvx2}},
-        {{8000}, {16000}});
+    return add<Kernel>(name, detector<signal>, {{"scalar", zsp::ec::toneDetect}},
+                       {{8000}, {16000}});
 }
 
 const bool registered = addSignal<noise>("toneDetect/noise") &&

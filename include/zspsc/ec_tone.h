@@ -45,8 +45,7 @@ ZSPSC_API ZspStatus zspsToneDetectInit_EC_32f(void* state, int32_t sampleFreq);
  *
  * A reversal counts when 413 to 466 ms of tone precede it. The second and each further one is a
  * detection. The count is lost when the tone stays weakened for more than 20 ms; silence ends the
- * tone but keeps the count. Smoothed powers and resonator outputs below the smallest normal float
- * are taken as zero.
+ * tone but keeps the count.
  *
  * @param[in]     src     len samples at any level, on any scale
  * @param         len     at least 1

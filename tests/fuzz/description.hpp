@@ -10,6 +10,7 @@
 //    [](std::int32_t* x, std::int32_t len) { common::invSqrtScalar({x, size(len)}); }},
 #pragma once
 
+#include "core/leaving.hpp"
 #include "tests/fuzz/choices.hpp"
 #include "tests/support/bound.hpp"
 #include "tests/support/checked_call.hpp"
@@ -277,6 +278,10 @@ struct Description {
     {
         if (definition)
             define = [definition](std::span<const Bound> bound) {
+                if constexpr ((hasFloats<P> || ...)) { // as on the way into an export
+                    const DenormalsAreZero scope;
+                    return test::invoke(definition, bound);
+                }
                 test::invoke(definition, bound);
             };
     }
