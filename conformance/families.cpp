@@ -10,6 +10,7 @@ std::span<const Family> families()
         {"G.711", "ITU-T G.711", {"g726"}, checkG711},
         {"G.726", "ITU-T G.726", {"g726"}, checkG726},
         {"G.722", "ITU-T G.722", {"g722"}, checkG722},
+        {"G.723.1", "ITU-T G.723.1", {"g723"}, checkG723},
         {"GSM full rate", "ETSI GSM 06.10", {"gsmfr"}, checkGsmFullRate},
         {"GSM-AMR", "3GPP TS 26.093, 26.094", {"gsmamr"}, checkGsmAmr},
         {"AMR-WB", "3GPP TS 26.173, 26.194", {"amrwb"}, checkAmrWb},

@@ -26,6 +26,7 @@ std::vector<Check> checksOf(const Family& family, const Vectors& vectors);
 
 void checkG711(const Vectors& vectors, Checks& checks);
 void checkG722(const Vectors& vectors, Checks& checks);
+void checkG723(const Vectors& vectors, Checks& checks);
 void checkG726(const Vectors& vectors, Checks& checks);
 void checkG729(const Vectors& vectors, Checks& checks);
 void checkGsmFullRate(const Vectors& vectors, Checks& checks);

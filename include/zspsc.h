@@ -15,6 +15,7 @@
  * | products, correlation, scaling | kernels that codecs share | none |
  * | G.711 | encoding and decoding in both laws | none |
  * | G.722 | band split and join, encoder, decoder | 144 bytes and a delay line |
+ * | G.723.1 | all blocks of encoder and decoder | plain arrays and public records |
  * | G.726 | encoder and decoder at four rates | 88 and 92 bytes |
  * | G.729 | high-pass filter; LSP to LSF | 24 bytes; none |
  * | GSM full rate | the blocks of the coder | the caller's arrays, cleared at the start |
@@ -89,6 +90,10 @@
 #include "zspsc/ec_tone.h"
 #include "zspsc/g711.h"
 #include "zspsc/g722.h"
+#include "zspsc/g723.h"
+#include "zspsc/g723_encoder.h"
+#include "zspsc/g723_noise.h"
+#include "zspsc/g723_search.h"
 #include "zspsc/g726.h"
 #include "zspsc/g729.h"
 #include "zspsc/gsmamr_vad.h"

@@ -1,0 +1,106 @@
+// What the kernels of ITU-T G.723.1 are written with beyond the basic operations.
+#pragma once
+
+#include "core/fixed_point.hpp"
+#include "core/spans.hpp"
+
+#include <algorithm>
+#include <cstddef>
+#include <span>
+
+namespace zsp::g723 {
+
+using fx::Long;
+using fx::Word;
+
+inline constexpr std::size_t kFrame = 240;
+inline constexpr std::size_t kSubframe = 60;
+inline constexpr std::size_t kOrder = 10;
+inline constexpr std::size_t kPast = 145; // words of excitation or weighted speech that are kept
+
+template <std::size_t n>
+using In = std::span<const Word, n>;
+template <std::size_t n>
+using Out = std::span<Word, n>;
+
+/// Long times Q15 word, to the last bit of the long.
+constexpr Long mls(Long a, Word b) noexcept
+{
+    return fx::l_mac(static_cast<Long>((std::int64_t{a & 0xffff} * b) >> 15), b, fx::extract_h(a));
+}
+
+/// Quotient of a long >= 0 and the upper word d > 0 of a divisor, Q15; at most 32767.
+constexpr Word div_l(Long a, Word d) noexcept
+{
+    return a >= std::int64_t{d} * 65536 ? fx::kMax16 : static_cast<Word>((a >> 1) / d);
+}
+static_assert(div_l(65536, 2) == 16384 && div_l(131072, 2) == 32767);
+
+/// Square root of half a long >= 0; its lowest bit is always 0.
+constexpr Word sqrt_l(Long a) noexcept
+{
+    Word root = 0;
+    for (Word bit = 16384; bit > 1; bit = static_cast<Word>(bit / 2)) {
+        const Word with = fx::add(root, bit);
+        if (a >= fx::l_mult(with, with)) root = with;
+    }
+    return root;
+}
+static_assert(sqrt_l(2 * 100 * 100) == 100 && sqrt_l(fx::kMax32) == 32766);
+
+/// The next of a sequence of pseudo-random words, which is also the new seed.
+constexpr Word random(Word& seed) noexcept
+{
+    const std::uint32_t next = (static_cast<std::uint32_t>(seed) & 0xffff) * 521 + 259;
+    seed = static_cast<Word>(next & 0xffff);
+    return seed;
+}
+
+/// The largest absolute value, saturated.
+constexpr Word largest(std::span<const Word> x) noexcept
+{
+    Word most = 0;
+    for (const Word v : x)
+        most = std::max(most, fx::abs_s(v));
+    return most;
+}
+
+constexpr Long largest(std::span<const Long> x) noexcept
+{
+    Long most = 0;
+    for (const Long v : x)
+        most = std::max(most, fx::l_abs(v));
+    return most;
+}
+
+/// sum of x[i] y[i], each step saturating.
+constexpr Long dot(std::span<const Word> x, const Word* y, Long sum = 0) noexcept
+{
+    for (std::size_t i = 0; i < x.size(); ++i)
+        sum = fx::l_mac(sum, x[i], y[i]);
+    return sum;
+}
+
+constexpr Long energy(std::span<const Word> x) noexcept
+{
+    return dot(x, x.data());
+}
+
+/// Brings a vector to three bits below full scale; the left shifts that this took.
+constexpr int normalise(std::span<Word> x) noexcept
+{
+    const int shift = fx::norm_s(largest(x));
+    for (Word& v : x)
+        v = static_cast<Word>((v * (1 << shift)) >> 3);
+    return shift - 3;
+}
+
+/// Moves `x` on by one place and puts a new first value in.
+template <std::size_t n>
+constexpr void shiftIn(std::span<Word, n> x, Word first) noexcept
+{
+    std::copy_backward(x.begin(), x.end() - 1, x.end());
+    x[0] = first;
+}
+
+} // namespace zsp::g723

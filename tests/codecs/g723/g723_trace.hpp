@@ -1,0 +1,152 @@
+// Intermediate results of the G.723.1 reference, from tests/vectors/g723/trace.MODE.txt, and what
+// the tests of several blocks do with them.
+#pragma once
+
+#include "codecs/g723/g723.hpp"
+#include "tests/support/contract.hpp"
+#include "tests/support/samples.hpp"
+#include "tests/support/vectors.hpp"
+#include "zspsc/g723_encoder.h"
+#include "zspsc/g723_search.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace zsp::test::g723 {
+
+using Words = std::vector<std::int16_t>;
+
+inline const std::vector<std::string> kModes = {"63", "53", "63dtx"};
+
+/// The results of one frame; a name stands once, or once for each sub-frame.
+class TracedFrame {
+  public:
+    void put(const std::string& name, std::vector<std::int64_t> values)
+    {
+        results_[name].push_back(std::move(values));
+    }
+    bool has(const std::string& name) const { return results_.contains(name); }
+
+    Words words(const std::string& name, std::size_t which = 0) const
+    {
+        const auto& values = find(name, which);
+        return {values.begin(), values.end()};
+    }
+    std::int32_t value(const std::string& name, std::size_t which = 0) const
+    {
+        return static_cast<std::int32_t>(find(name, which).at(0));
+    }
+    std::int16_t word(const std::string& name, std::size_t which = 0) const
+    {
+        return static_cast<std::int16_t>(value(name, which));
+    }
+    std::vector<std::int32_t> longs(const std::string& name, std::size_t which = 0) const
+    {
+        const auto& values = find(name, which);
+        return {values.begin(), values.end()};
+    }
+
+  private:
+    const std::vector<std::int64_t>& find(const std::string& name, std::size_t which) const
+    {
+        static const std::vector<std::int64_t> nothing(512);
+        const auto found = results_.find(name);
+        const bool there = found != results_.end() && which < found->second.size();
+        EXPECT_TRUE(there) << name << " " << which << " is not in the trace";
+        return there ? found->second[which] : nothing;
+    }
+
+    std::map<std::string, std::vector<std::vector<std::int64_t>>> results_;
+};
+
+/// The frames of one side: "encode" or "decode".
+inline std::vector<TracedFrame> traced(const std::string& mode, const std::string& side)
+{
+    std::vector<TracedFrame> frames;
+    bool wanted = false;
+    for (const auto& line : readRuns("g723/trace." + mode + ".txt")) {
+        if (line[0].ends_with("_frame")) {
+            wanted = line[0] == side + "_frame";
+            if (wanted) frames.emplace_back();
+            continue;
+        }
+        if (!wanted) continue;
+        std::vector<std::int64_t> values;
+        for (std::size_t i = 2; i < line.size(); ++i)
+            values.push_back(std::strtoll(line[i].c_str(), nullptr, 10));
+        frames.back().put(line[0], std::move(values));
+    }
+    EXPECT_GE(frames.size(), 5u) << mode;
+    return frames;
+}
+
+/// Calls test(frame, what) for every frame of every mode.
+template <typename Test>
+void forEachFrame(const std::string& side, Test test)
+{
+    for (const std::string& mode : kModes) {
+        const auto frames = traced(mode, side);
+        for (std::size_t n = 0; n < frames.size(); ++n)
+            test(frames[n], mode + ", frame " + std::to_string(n));
+    }
+}
+
+/// The fields of an active frame that an encoder has made.
+inline ZspG723Frame fieldsOf(const TracedFrame& t)
+{
+    ZspG723Frame f{};
+    f.type = t.words("frame").size() == 24 ? zspG723Rate63 : zspG723Rate53;
+    f.lspIndex = t.value("lsp_index");
+    for (std::size_t i = 0; i < 4; ++i) {
+        f.lag[i / 2] = t.word("lag", i / 2 * 2);
+        f.lagOffset[i] = t.word("lag_offset", i);
+        f.acbGain[i] = t.word("acb_gain_index", i);
+        f.fcbGain[i] = t.word("fcb_gain_index", i);
+        f.train[i] = t.word("train", i);
+        f.grid[i] = t.word("grid", i);
+        f.position[i] = t.value("pulse_positions", i);
+        f.signs[i] = t.word("pulse_signs", i);
+    }
+    return f;
+}
+
+/// Whether an encoder has coded a frame as speech.
+inline bool isActive(const TracedFrame& t)
+{
+    return t.has("taming_errors");
+}
+
+/// A valid frame to begin a contract with.
+inline Argument frameArgument(std::int32_t type = zspG723Rate63)
+{
+    ZspG723Frame f{};
+    f.type = type;
+    f.lag[0] = f.lag[1] = 100;
+    std::fill_n(f.lagOffset, 4, std::int16_t{1});
+    return buffer(Argument::Kind::input, std::vector<ZspG723Frame>{f});
+}
+
+inline Argument asOutput(Argument a)
+{
+    a.kind = Argument::Kind::output;
+    return a;
+}
+
+/// The frame with one field changed.
+template <typename Field, typename Value>
+Argument spoilt(Argument frame, Field ZspG723Frame::*field, Value value, std::size_t index = 0)
+{
+    ZspG723Frame f;
+    std::memcpy(&f, frame.content.data(), sizeof f);
+    if constexpr (std::is_array_v<Field>)
+        (f.*field)[index] = static_cast<std::remove_extent_t<Field>>(value);
+    else
+        f.*field = static_cast<Field>(value);
+    std::memcpy(frame.content.data(), &f, sizeof f);
+    return frame;
+}
+
+} // namespace zsp::test::g723
