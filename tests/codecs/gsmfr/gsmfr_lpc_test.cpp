@@ -92,8 +92,9 @@ TEST(GsmfrLpc, Avx2EqualsDefinition)
         if (round % 3 == 1) { // correlations that hang together, and any at all
             acf = samples.longs(9);
         } else if (round % 3 == 2) {
+            const std::int64_t most = acf[0];
             for (auto& x : acf)
-                x = static_cast<std::int32_t>(samples.uniform(-acf[0], acf[0]));
+                x = static_cast<std::int32_t>(samples.uniform(-most, most));
         }
         schurScalar(spanOf<9>(acf.data()), spanOf<8>(wantedR.data()));
         schurAvx2(spanOf<9>(acf.data()), spanOf<8>(r.data()));
