@@ -7,6 +7,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -25,6 +26,11 @@ class Signals {
     }
 
     void next() { position_ = (position_ + frame_) % call_.far.size(); }
+    void fallSilent()
+    {
+        for (auto* words : {&call_.far, &call_.mic})
+            std::ranges::fill(*words, std::int16_t{0});
+    }
     std::span<const std::int16_t> far() const { return part(call_.far); }
     std::span<const std::int16_t> mic() const { return part(call_.mic); }
 
@@ -54,7 +60,7 @@ void setLoad(benchmark::State& state)
         0.01, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
-void runOurs(benchmark::State& state)
+void runOurs(benchmark::State& state, bool silent)
 {
     Signals signals(static_cast<int>(state.range(0)));
     ZspvEchoConfig config{};
@@ -65,6 +71,12 @@ void runOurs(benchmark::State& state)
     ZspvEcho* echo = nullptr;
     if (zspvEchoCreate(&config, &echo) != zspStsNoErr) return state.SkipWithError("no canceller");
     std::array<std::int16_t, 160> out{};
+    for (int i = 0; silent && i < 800; ++i) { // what decays does so in the second half of them
+        if (i == 400) signals.fallSilent();
+        zspvEchoProcess(echo, signals.far().data(), signals.mic().data(), out.data(),
+                        static_cast<std::int32_t>(signals.far().size()));
+        signals.next();
+    }
     for (auto _ : state) {
         zspvEchoProcess(echo, signals.far().data(), signals.mic().data(), out.data(),
                         static_cast<std::int32_t>(signals.far().size()));
@@ -75,7 +87,14 @@ void runOurs(benchmark::State& state)
     zspvEchoDestroy(echo);
     setLoad(state);
 }
-BENCHMARK(runOurs)->Name("echoCanceller/zsp")->Args({16000, 128})->Args({8000, 64});
+BENCHMARK_CAPTURE(runOurs, speech, false)
+    ->Name("echoCanceller/zsp")
+    ->Args({16000, 128})
+    ->Args({8000, 64});
+BENCHMARK_CAPTURE(runOurs, silence, true)
+    ->Name("echoCanceller/zsp/silence")
+    ->Args({16000, 128})
+    ->Args({8000, 64});
 
 #ifdef ZSPSC_PEER_SPEEXDSP
 /// With its residual echo suppressor, as ours.
