@@ -16,6 +16,14 @@ inline constexpr std::array<fx::Word, 33> kLog2 = {
     13967, 15054, 16117, 17156, 18172, 19167, 20142, 21097, 22033, 22951, 23852,
     24735, 25603, 26455, 27291, 28113, 28922, 29716, 30497, 31266, 32023, 32767};
 
+/// A sum in which every entry and its place count: some are 1 below the nearest word.
+static_assert([] {
+    fx::Long sum = 0;
+    for (std::size_t i = 0; i < kLog2.size(); ++i)
+        sum += static_cast<fx::Long>(i + 1) * kLog2[i];
+    return sum == 13'231'461;
+}());
+
 /// 2^(i / 32), Q14. 3GPP TS 26.073, Pow2.
 inline constexpr std::array<fx::Word, 33> kPow2 = {
     16384, 16743, 17109, 17484, 17867, 18258, 18658, 19066, 19484, 19911, 20347,

@@ -155,6 +155,40 @@ TEST(AmrWbVad, QuietFramesDoNotCountForTheSpeechLevel)
     EXPECT_TRUE(seen[0] && seen[1]) << "no frame on each side";
 }
 
+struct BurstCase {
+    std::int16_t speechLevel;
+    std::int16_t burst; // active frames that earn a hangover
+    const char* why;
+};
+
+// Without noise the threshold is 767 and what the speech level adds or takes. The burst is one
+// frame shorter below 768.
+constexpr BurstCase kBurstCases[] = {
+    {1, 7, "the lowest threshold, 671"},
+    {2540, 7, "767"},
+    {2575, 8, "768"},
+    {32767, 8, "the highest, 863"},
+};
+
+TEST(AmrWbVad, BurstThatEarnsAHangover)
+{
+    Words frame(256);
+    for (std::size_t i = 0; i < frame.size(); ++i)
+        frame[i] = i % 2 ? 300 : -300; // an active frame
+    for (const BurstCase& c : kBurstCases)
+        for (const bool enough : {false, true}) {
+            VadWbState state{};
+            zspsVADInit_AMRWB_16s(&state);
+            std::ranges::fill(state.bckr_est, std::int16_t{1}); // a sixteenth of their sum is 0
+            state.speech_level = c.speechLevel;
+            state.burst_count = static_cast<std::int16_t>(c.burst - (enough ? 1 : 2));
+            std::int16_t tone = 0, flag = -1;
+            zspsVAD_AMRWB_16s(frame.data(), &state, &tone, &flag);
+            EXPECT_EQ(flag, 1);
+            EXPECT_EQ(state.hang_count > 0, enough) << c.why;
+        }
+}
+
 struct EstimateCase {
     std::int16_t sp_max, sp_max_cnt, sp_est_cnt;
     std::array<std::int16_t, 4> after; // and speech_level

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstddef>
 
 namespace {
 
@@ -27,6 +28,15 @@ TEST(Log2Pow2, FollowTheLaw)
                         0.5 + want * 1.5 / 16384)
                 << exponent << " + " << fraction_Q15;
         }
+}
+
+// Every entry is the nearest word, but for the last, which would not fit.
+TEST(Log2Pow2, TableOfPowers)
+{
+    for (std::size_t i = 0; i < 32; ++i)
+        EXPECT_EQ(common::kPow2[i], std::lround(16384 * std::exp2(static_cast<double>(i) / 32)))
+            << i;
+    EXPECT_EQ(common::kPow2[32], 32767);
 }
 
 } // namespace
