@@ -51,7 +51,7 @@ std::string session;
 void say(int signal)
 {
     const std::string text = "in " + caller->current() + "\nrepeat: " + session + "\n";
-    [[maybe_unused]] const auto written = write(2, text.data(), text.size());
+    [[maybe_unused]] const auto written = write(2, text.data(), static_cast<unsigned>(text.size()));
     if (signal) _exit(128 + signal);
 }
 
