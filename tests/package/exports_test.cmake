@@ -3,7 +3,7 @@
 cmake_minimum_required(VERSION 3.25)
 
 set(faults "")
-foreach(list core/exports.inc voice/exports.inc)
+foreach(list companion/exports.inc core/exports.inc voice/exports.inc)
     file(STRINGS ${ROOT}/${list} lines REGEX "^(ZSPV?_EXPORT|/\\* [a-z])")
     set(last "")
     set(seen "")

@@ -65,6 +65,23 @@ TEST(Library, DynamicSection)
     }
 }
 
+TEST(Library, CompanionExportsItsListUnderAVersion)
+{
+    const SharedObject companion(ZSPCORE_LIBRARY);
+    const std::set<std::string> list = {
+#define ZSP_EXPORT(name) #name,
+#include "companion/exports.inc"
+    };
+    EXPECT_EQ(companion.exportedNames("ZSPCORE_8.1"), list);
+    EXPECT_EQ(companion.dynamicStrings(DT_SONAME), std::set<std::string>{"libzspcore.so.8"});
+}
+
+TEST(Library, EachBindsWhenItIsLoaded)
+{
+    for (const char* path : {ZSPSC_LIBRARY, ZSPVOICE_LIBRARY, ZSPCORE_LIBRARY})
+        EXPECT_TRUE(SharedObject(path).bindsNow()) << path;
+}
+
 // Nothing of the C++ runtime, no allocation, no lock, no input or output: only the companion's four
 // functions, mathematics and memory moves, and the weak hooks of the C start-up files.
 TEST(Library, ImportsAreFew)

@@ -113,6 +113,19 @@ class SharedObject {
         return found;
     }
 
+    /// Whether the loader binds everything before the first call, so that the table of addresses
+    /// can be write-protected.
+    bool bindsNow() const
+    {
+        for (const Elf64_Shdr& s : sections_)
+            for (std::size_t i = 0; s.sh_type == SHT_DYNAMIC && i < s.sh_size / sizeof(Elf64_Dyn);
+                 ++i) {
+                const auto d = at<Elf64_Dyn>(s.sh_offset + i * sizeof(Elf64_Dyn));
+                if (d.d_tag == DT_FLAGS) return (d.d_un.d_val & DF_BIND_NOW) != 0;
+            }
+        return false;
+    }
+
     /// Names of all exports, each of which has the version node.
     std::set<std::string> exportedNames(const char* version) const
     {
