@@ -6,44 +6,62 @@ cd "$(dirname "$0")/.."
 [ "$(id -u)" -eq 0 ] || { echo "packaging/check.sh installs packages: run it as root" >&2; exit 1; }
 
 . cmake/packages.sh
-install_packages "${library_packages[@]}" "${tool_packages[@]}" doxygen dpkg-dev ffmpeg file ladspa-sdk \
-    lintian
+install_packages "${library_packages[@]}" "${tool_packages[@]}" "${deb_packages[@]}"
 
-cmake --workflow --preset package
-packages=(build/package/*.deb)
+work=$PWD/build/packages
+packaging/build.sh "$work"
+packages=("$work"/*.deb)
+
 echo "== lintian"
-lintian --fail-on error "${packages[@]}"
+lintian --fail-on error,warning "$work"/*.changes
 
 echo "== Install"
-dpkg -i "${packages[@]}"
-names=(zsp libzspsc-dev libzspvoice1 libzspsc8)
+dpkg -i "${packages[@]}" >"$work/log"
+mapfile -t names < <(for file in "${packages[@]}"; do dpkg-deb -f "$file" Package; done)
 trap 'dpkg --purge "${names[@]}" >/dev/null' EXIT
 
-work=$(mktemp -d)
+trial=$work/trial
+rm -rf "$trial"
+mkdir -p "$trial"
 consumer=tests/package/consumer
 for library in zspsc zspvoice; do
     [ "$(pkg-config --variable=prefix "$library")" = /usr ]
 done
-cc $consumer/consumer.c -o "$work/by_pkg_config" $(pkg-config --cflags --libs zspsc)
-cc $consumer/voice.c -o "$work/voice_by_pkg_config" $(pkg-config --cflags --libs zspvoice)
-"$work/by_pkg_config"
-"$work/voice_by_pkg_config"
-cmake -S $consumer -B "$work/cmake" >/dev/null
-cmake --build "$work/cmake" >/dev/null
-for program in "$work"/cmake/{shared,static}_*; do "$program"; done
+cc $consumer/consumer.c -o "$trial/by_pkg_config" $(pkg-config --cflags --libs zspsc)
+cc $consumer/voice.c -o "$trial/voice_by_pkg_config" $(pkg-config --cflags --libs zspvoice)
+"$trial/by_pkg_config"
+"$trial/voice_by_pkg_config"
+cmake -S $consumer -B "$trial/cmake" >/dev/null
+cmake --build "$trial/cmake" >/dev/null
+for program in "$trial"/cmake/{shared,static}_*; do "$program"; done
+
+doc=/usr/share/doc/libzspsc-dev
+for example in $doc/examples/{blocks,voice}/*.c; do
+    cc -I$doc "$example" -o "$trial/example" $(pkg-config --cflags --libs zspvoice) -lm -pthread
+    "$trial/example" >/dev/null
+    echo "${example#$doc/}: builds and runs"
+done
+
 zsp info
-zsp demo -o "$work/demo" >/dev/null
-test -s "$work/demo/report.html"
+zsp demo -o "$trial/demo" >/dev/null
+test -s "$trial/demo/report.html"
 for plugin in alc aec; do # found without a word about where it lies
     ffmpeg -v error -f lavfi -i "sine=r=8000:d=1,aformat=cl=$([ $plugin = aec ] && echo stereo || echo mono)" \
         -af "ladspa=file=zspsc_$plugin:plugin=zspsc_$plugin" -f null -
+    echo "FFmpeg finds the plug-in $plugin"
 done
-man -w zsp >/dev/null 2>&1 || test -e /usr/share/man/man1/zsp.1.gz
+(cd / && /usr/bin/python3 -c 'import zspsc' && echo "Python finds its package")
+
+# Pages that man finds: the host's, a family's, a function's; and the reference.
+for page in usr/share/man/man1/zsp.1 usr/share/man/man3/zspsc_g726.3 \
+    usr/share/man/man3/zspsMul_NR_16s_Sfs.3 usr/share/man/man3/zspvEncode.3; do
+    [ -z "$(zcat "/$page.gz" | LC_ALL=C.UTF-8 MANWIDTH=80 man --warnings -l - 2>&1 >/dev/null)" ]
+done
+grep -q zspsMul_NR_16s_Sfs /usr/share/doc/zspsc/html/*.html
 
 echo "== Remove"
 trap - EXIT
-dpkg --purge "${names[@]}"
+dpkg --purge "${names[@]}" >>"$work/log"
 left=$(find /usr -iname '*zspsc*' -o -iname '*zspvoice*' -o -iname '*zspcore*' -o -path '*/bin/zsp')
 [ -z "$left" ] || { echo "left behind: $left" >&2; exit 1; }
-rm -rf "$work"
 echo "The packages install, run and go without a trace."
