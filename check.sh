@@ -9,6 +9,8 @@
 #     clang        the tests as clang optimises
 #     tsan         the tests under the thread sanitizer
 #     fuzz         100 million random calls under the address sanitizer, and every fuzzer a minute
+#     mutants      the kernels changed in one place at a time: the tests must notice
+#     coverage     lines and branches of the libraries that the tests run through
 #     windows      cross-build with mingw-w64, all tests under Wine
 #     packages     Debian packages: lintian, install, use, remove (as root)
 #     reproducible two builds in different directories, compared byte by byte
@@ -85,6 +87,25 @@ check_fuzz() {
     cmake --preset fuzz
     cmake --build --preset fuzz --target zspsc_fuzzers
     tests/fuzz/run_fuzzers.sh build/fuzz 60
+}
+
+check_mutants() {
+    install_packages "${mutants_packages[@]}"
+    tests/mutants/mutants.py
+}
+
+# Where the list of exports is expanded, a line stands for all of them.
+check_coverage() {
+    install_packages "${coverage_packages[@]}"
+    cmake --preset coverage
+    cmake --build --preset coverage --target zspsc_test zspvoice_test
+    find build/coverage -name '*.gcda' -delete
+    build/coverage/bin/zspsc_test --gtest_brief=1 --gtest_filter=-'*Exhaustively*'
+    build/coverage/bin/zspvoice_test --gtest_brief=1
+    gcovr --object-directory build/coverage --filter '(alc|codecs|common|companion|core|ec|voice)/' \
+        --exclude core/dispatch.cpp --exclude core/leaving.hpp --exclude core/entries.hpp \
+        --exclude-throw-branches --exclude-unreachable-branches --sort-uncovered \
+        --fail-under-line 99 --fail-under-branch 95 build/coverage
 }
 
 check_windows() {

@@ -4,6 +4,8 @@ library_packages=(g++ cmake ninja-build pkg-config)
 tool_packages=(libsamplerate0-dev libsndfile1-dev zlib1g-dev)
 check_packages=(abigail-tools clang clang-format clang-tidy doxygen ffmpeg git ladspa-sdk libbenchmark-dev
     libclang-rt-dev libgtest-dev python3-matplotlib python3-numpy sox)
+mutants_packages=(clang libclang-rt-dev python3)
+coverage_packages=(gcovr)
 fuzz_packages=(clang libclang-rt-dev)
 deb_packages=(debhelper dh-python doxygen dpkg-dev ffmpeg file ladspa-sdk lintian man-db python3-numpy)
 windows_packages=(g++-mingw-w64-x86-64-posix googletest llvm wine64)
