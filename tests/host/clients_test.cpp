@@ -103,6 +103,12 @@ TEST_F(HostClients, CodedSpeechIsTheSameForThem)
                   .text,
               "");
     EXPECT_EQ(get("theirs.wav").size(), get("ours.wav").size());
+    // The same in pairs of frames, in a WAV file, which they fill up with silence.
+    EXPECT_EQ(run("sox -D plain.wav -e gsm-full-rate x.wav; zsp decode x.wav y.raw; "
+                  "sox x.wav -t raw x.raw; cmp -n $(stat -c %s x.raw) x.raw y.raw; "
+                  "head -c -3 x.wav | zsp decode - y.raw 2>&1 | grep -c 'left over'")
+                  .text,
+              "1\n");
     // FFmpeg's WAV and AU files of coded speech are decoded without a word about the codec.
     for (const std::string coder :
          {"-ar 8000 -c:a pcm_mulaw x.wav", "-ar 8000 -c:a pcm_alaw x.au",

@@ -2,6 +2,7 @@
 
 #include "tools/zsp/codec/coded_file.hpp"
 
+#include "tools/zsp/codec/gsm_pairs.hpp"
 #include "tools/zsp/io/audio_format.hpp"
 #include "tools/zsp/io/failure.hpp"
 #include "tools/zsp/io/sample_header.hpp"
@@ -22,6 +23,7 @@ struct CodedKind {
     int bits; // of a sample in the header, 0 for any
     const char* rtpName;
 };
+constexpr std::uint32_t kGsmPairs = 0x31; // two frames together
 constexpr std::array kCodedKinds = std::to_array<CodedKind>({
     {"WAV", 6, 0, "PCMA"},
     {"WAV", 7, 0, "PCMU"},
@@ -29,6 +31,7 @@ constexpr std::array kCodedKinds = std::to_array<CodedKind>({
     {"WAV", 0x45, 3, "AAL2-G726-24"},
     {"WAV", 0x45, 4, "AAL2-G726-32"},
     {"WAV", 0x45, 5, "AAL2-G726-40"},
+    {"WAV", kGsmPairs, 0, "GSM"},
     {"WAV", 0x28f, 0, "G722"},
     {"AU", 1, 0, "PCMU"},
     {"AU", 23, 0, "G726-32"},
@@ -136,6 +139,7 @@ CodecSetting CodedInput::fromHeader(const CodecWish& wish)
                                       std::to_string(*left_));
         left_ = header->bytes;
     }
+    gsmPairs_ = kind->tag == kGsmPairs;
     return withRate({codec}, wish.bitRate);
 }
 
@@ -149,11 +153,30 @@ void CodedInput::refuseOthers()
     if (isText(head)) throw Failure(path(), "is text, not coded speech");
 }
 
-std::size_t CodedInput::read(std::span<std::uint8_t> bytes)
+std::size_t CodedInput::readFile(std::span<std::uint8_t> bytes)
 {
     if (left_ && bytes.size() > *left_) bytes = bytes.first(static_cast<std::size_t>(*left_));
     const std::size_t count = file_.read(bytes);
     if (left_) *left_ -= count;
+    return count;
+}
+
+std::size_t CodedInput::read(std::span<std::uint8_t> bytes)
+{
+    if (!gsmPairs_) return readFile(bytes);
+    while (frames_.size() < bytes.size()) {
+        std::array<std::uint8_t, kGsmPair> pair{};
+        const std::size_t count = readFile(pair);
+        if (count == 0) break;
+        if (count < pair.size())
+            throw Failure(path(), countOf(count, "byte") +
+                                      " left over behind the last whole pair of frames");
+        const auto two = gsmFrames(pair);
+        frames_.insert(frames_.end(), two.begin(), two.end());
+    }
+    const std::size_t count = std::min(frames_.size(), bytes.size());
+    std::copy_n(frames_.begin(), count, bytes.begin());
+    frames_.erase(frames_.begin(), frames_.begin() + static_cast<std::ptrdiff_t>(count));
     return count;
 }
 

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace zsp::host {
 
@@ -31,16 +32,19 @@ class CodedInput {
     [[nodiscard]] const std::string& path() const { return file_.path(); }
     /// Bytes of coded speech, where known.
     [[nodiscard]] std::optional<std::uint64_t> size() const { return left_; }
-    /// As InputFile::read().
+    /// As InputFile::read(). GSM frames of a WAV file come as they stand in .gsm files.
     std::size_t read(std::span<std::uint8_t> bytes);
 
   private:
     CodecSetting fromHeader(const CodecWish& wish);
     void refuseOthers();
+    std::size_t readFile(std::span<std::uint8_t> bytes);
 
     InputFile file_;
     std::optional<std::uint64_t> left_;
-    CodecSetting setting_;
+    bool gsmPairs_ = false;
+    std::vector<std::uint8_t> frames_; // of pairs, not asked for yet
+    CodecSetting setting_;             // the last one: the header says more than the codec
 };
 
 } // namespace zsp::host

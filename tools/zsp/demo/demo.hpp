@@ -12,6 +12,7 @@ namespace zsp::host {
 
 /// 8 kHz speech.
 void demoG726(const Audio& speech, const std::string& directory, Report& report);
+void demoGsm(const Audio& speech, const std::string& directory, Report& report);
 /// 16 kHz speech.
 void demoG722(const Audio& speech, const std::string& directory, Report& report);
 

@@ -1,4 +1,4 @@
-// The demo's waveform coders: the speech through G.726 and G.722 at every rate.
+// The demo's coders: the speech through G.726, GSM full rate and G.722 at every rate.
 
 #include "tools/zsp/demo/demo.hpp"
 
@@ -137,6 +137,15 @@ void demoG726(const Audio& speech, const std::string& directory, Report& report)
     const std::vector<Run> runs = runFamily("g726", speech);
     addFigures(runs, "g726", speech, directory, report);
     addCharts(runs, speech, report);
+}
+
+void demoGsm(const Audio& speech, const std::string& directory, Report& report)
+{
+    std::printf("\nGSM full rate\n");
+    report.section("GSM full rate, 13 kbit/s",
+                   "Telephone speech as a filter and a residual of 13 pulses in 5 ms, for hearing "
+                   "more than for the ratio to the input.");
+    addFigures(runFamily("gsm", speech), "gsm", speech, directory, report);
 }
 
 void demoG722(const Audio& speech, const std::string& directory, Report& report)
