@@ -114,9 +114,8 @@ zsp::voice::gsmfr::Parameters unpacked(std::span<const std::uint8_t> frame)
     return parameters;
 }
 
-// The rule of GSM 06.11 as frames that a decoder is given: what it makes of lost frames is what
-// another one makes of these. Grids are random, so all of them are the same here: the pulses are
-// what code 4 of amplitude 0 gives on any grid only in the silence that the rule ends in.
+// The rule of GSM 06.11 in parameters: the last frame again, amplitudes lowered by 4 per frame and
+// grids at random, the frame of silence.
 TEST(GsmVoice, LostFramesAreRepeatedThenMuted)
 {
     using namespace zsp::voice::gsmfr;
@@ -149,6 +148,8 @@ TEST(GsmVoice, LostFramesAreRepeatedThenMuted)
         }
         EXPECT_EQ(now, want);
     }
+    substitution.received(last);
+    EXPECT_EQ(substitution.lost(), last) << "a good frame ends the muting";
     for (const int count : grids)
         EXPECT_GT(count, 5) << "60 grids, evenly spread";
 }
