@@ -2,6 +2,8 @@
 
 #include "tests/fuzz/caller.hpp"
 
+#include "tests/support/unwritten.hpp"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -136,6 +138,10 @@ void Caller::call(const Description& d, Session& session)
         for (const Pair& pair : pairs_)
             std::memcpy(pair.twins, pair.ours, pair.bytes);
         stateBefore_.assign(session.state, session.state + session.bytes);
+    } else {
+        for (const Pair& pair : pairs_)
+            for (std::byte* block : {pair.ours, pair.twins})
+                if (pair.isFresh) test::markUnwritten(block, pair.bytes);
     }
     const bool looks = manner_ == Manner::looking;
     const ZspStatus status = looks ? d.checkedCall(ours.all()) : d.call(ours.all());
@@ -235,8 +241,12 @@ Caller::Pair Caller::placePair(const Argument& a, const Parameter& p, std::size_
                     : a.kind == Kind::scratch ? Use::any
                                               : Use::written;
     const Pair pair{blocks_.place(bytes, p.alignment, choices_),
-                    blocks_.place(bytes, p.alignment, choices_), bytes, use, p.element};
-    if (a.kind == Kind::out || a.kind == Kind::scratch) { // different, to see what stays unwritten
+                    blocks_.place(bytes, p.alignment, choices_),
+                    bytes,
+                    use,
+                    p.element,
+                    a.kind == Kind::out || a.kind == Kind::scratch};
+    if (pair.isFresh) { // different, to see what stays unwritten
         spread(pair.ours, bytes, 0xb6);
         spread(pair.twins, bytes, 0x3c);
     } else {
@@ -259,7 +269,7 @@ void Caller::placeVectors(const Argument& a, const Parameter& p, std::size_t cou
         std::memcpy(arrays[1] + i * sizeof(void*), &pairs_.back().twins, sizeof(void*));
     }
     std::memcpy(arrays[2], arrays[0], bytes); // to see that the pointers stay
-    pairs_.push_back({arrays[0], arrays[2], bytes, Use::read, Element::records});
+    pairs_.push_back({arrays[0], arrays[2], bytes, Use::read, Element::records, false});
     ours.pointer = arrays[0];
     twins.pointer = arrays[1];
 }
@@ -300,6 +310,7 @@ void Caller::placeBlocks(const Description& d, const Session& session, Call& our
             if (shared.use != Use::read || shared.bytes != pair.bytes) continue;
             shared.use = Use::any;
             pair.ours = shared.ours;
+            pair.isFresh = false;
             if (a.kind == Argument::Kind::inOut) std::memcpy(pair.twins, pair.ours, pair.bytes);
         }
         pairOf[i] = pairs_.size();

@@ -57,6 +57,7 @@ class Caller {
         std::size_t bytes;
         Use use;
         Element element;
+        bool isFresh; // holds nothing that a call may read
     };
 
     const Description& anyExport(const Family& family);

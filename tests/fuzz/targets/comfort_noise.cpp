@@ -37,6 +37,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             must(!zspvComfortNoiseWrite(noise, order, payload.data(), order + 1, &length) &&
                      length == order + 1,
                  "a payload has its length");
+            payload.seen();
             must(!zspvComfortNoiseRead(noise, payload.data(), length), "what is written is read");
             break;
         }
@@ -44,6 +45,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             Exact<std::int16_t> samples(static_cast<std::size_t>(choices.between(1, 700)));
             must(!zspvComfortNoiseGenerate(noise, samples.data(), samples.count()),
                  "noise is made");
+            samples.seen();
         }
         }
     }

@@ -55,6 +55,7 @@ struct Unpacked {
             end += frame.length;
             samples += frame.samples;
         }
+        bytes.seen();
         must(end == info.bytes && samples == info.samples, "and fill what was inspected");
     }
 
@@ -85,6 +86,7 @@ Bytes pack(const Format& format, Bytes& bytes, Frames& frames, std::int32_t requ
     const std::int32_t length = info.length;
     Bytes payload(size(length));
     must(!into(payload) && info.length == length, "frames fit into the room that is asked for");
+    payload.seen();
     return payload;
 }
 

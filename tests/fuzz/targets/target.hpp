@@ -8,6 +8,7 @@
 #pragma once
 
 #include "tests/fuzz/choices.hpp"
+#include "tests/support/unwritten.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -30,11 +31,15 @@ inline void must(bool holds, const char* what)
 }
 
 /// Elements in a block of exactly their size, behind which the address sanitizer sees every step;
-/// a block of none can be pointed at, too.
+/// before anything is written, the memory sanitizer sees who reads. A block of none can be pointed
+/// at, too.
 template <typename T>
 class Exact {
   public:
-    explicit Exact(std::size_t count) : size_(count), data_(new T[count]()) {}
+    explicit Exact(std::size_t count)
+        : size_(count), data_(std::make_unique_for_overwrite<T[]>(count))
+    {
+    }
     template <typename From>
     explicit Exact(std::span<From> from) : Exact(from.size())
     {
@@ -43,6 +48,8 @@ class Exact {
 
     T* data() { return data_.get(); }
     std::span<T> all() { return {data_.get(), size_}; }
+    /// Everything must have been written by now.
+    void seen() const { test::requireWritten(data_.get(), size_ * sizeof(T)); }
     std::int32_t count() const { return static_cast<std::int32_t>(size_); }
 
   private:

@@ -85,6 +85,7 @@ class Call {
                                kind != zspvFrameSpeechDamaged && kind != zspvFrameLost;
         if (mayRefuse && second == zspStsCodecRangeErr) return; // no kind that the codec has
         must(!second && count == wanted, "a frame is decoded into the room that it asks for");
+        samples.seen();
     }
 
     void conceal()
@@ -94,6 +95,7 @@ class Call {
         must(!zspvConceal(decoder_, samples.data(), samples.count(), &count) &&
                  count == codec_.frameSamples,
              "a frame is concealed");
+        samples.seen();
     }
 
     void decodeEncoded()
@@ -108,6 +110,7 @@ class Call {
                  length >= 0 && length <= room.count(),
              "a frame is encoded in at most the bytes that the codec tells");
         Exact<std::uint8_t> bytes(room.all().first(static_cast<std::size_t>(length)));
+        bytes.seen();
         const bool hit = choices_.below(2) && length > 0;
         if (hit)
             bytes.all()[choices_.bits<std::uint16_t>() % static_cast<std::size_t>(length)] ^=
