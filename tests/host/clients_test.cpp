@@ -109,6 +109,12 @@ TEST_F(HostClients, CodedSpeechIsTheSameForThem)
                   "head -c -3 x.wav | zsp decode - y.raw 2>&1 | grep -c 'left over'")
                   .text,
               "1\n");
+    // G.723.1: FFmpeg hears the same at both rates.
+    for (const std::string rate : {"6.3", "5.3"})
+        EXPECT_EQ(run("zsp encode --rate " + rate + " plain.wav y.g723; zsp decode y.g723 y.raw; " +
+                      ffmpeg + "-f g723_1 -i y.g723 -f s16le x.raw; cmp x.raw y.raw")
+                      .text,
+                  "");
     // FFmpeg's WAV and AU files of coded speech are decoded without a word about the codec.
     for (const std::string coder :
          {"-ar 8000 -c:a pcm_mulaw x.wav", "-ar 8000 -c:a pcm_alaw x.au",

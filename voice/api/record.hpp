@@ -2,6 +2,8 @@
 // newer version, and written back to one.
 #pragma once
 
+#include "zspvoice/params.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -13,12 +15,17 @@ namespace zsp::voice {
 /// More than any record will ever have.
 inline constexpr std::int32_t kLargestRecord = 4096;
 
-/// Whether a record has the size of its first version at least, or of a later one. `first` is the
-/// number of bytes that the first version had.
+/// Bytes that the first version of a record had.
 template <typename T>
-bool plausible(const T& record, std::size_t first = sizeof(T)) noexcept
+inline constexpr std::size_t kFirstVersion = sizeof(T);
+template <>
+inline constexpr std::size_t kFirstVersion<ZspvParams> = offsetof(ZspvParams, noHighPass);
+
+/// Whether a record has the size of its first version at least, or of a later one.
+template <typename T>
+bool plausible(const T& record) noexcept
 {
-    return record.structSize >= static_cast<std::int32_t>(first) &&
+    return record.structSize >= static_cast<std::int32_t>(kFirstVersion<T>) &&
            record.structSize <= kLargestRecord;
 }
 

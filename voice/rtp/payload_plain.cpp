@@ -19,6 +19,7 @@ ZspStatus split(const Codec& codec, const ZspvParams&, In8 payload, FrameSink& s
     while (!payload.empty()) {
         const Frame frame = lookAtFrame(codec, payload);
         if (frame.status != zspStsNoErr) return frame.status;
+        if (frame.kind == zspvFrameNoData) return zspStsCodecRangeErr; // G.723.1: in files alone
         std::uint8_t* to = sink.add(frame.kind, frame.bytes, frame.samples);
         if (to) std::copy_n(payload.data(), frame.bytes, to);
         payload = payload.subspan(frame.bytes);

@@ -1,4 +1,5 @@
-// Packets of 20 ms of speech through every codec: encoded, decoded, concealed; and comfort noise.
+// Packets of speech, 20 or 30 ms as the codec is used, through every codec: encoded, decoded,
+// concealed; and comfort noise.
 
 #include "bench/support/speech.hpp"
 #include "bench/support/versions.hpp"
@@ -14,7 +15,7 @@ using zsp::bench::Blocks;
 
 std::size_t packetSamples(const ZspvCodec* codec)
 {
-    return static_cast<std::size_t>(codec->sampleRate / 50);
+    return static_cast<std::size_t>(codec->sampleRate / 1000 * codec->defaultPacketMs);
 }
 
 std::vector<std::int16_t> speechFor(const ZspvCodec* codec)

@@ -64,22 +64,24 @@ inline std::size_t blockSamples(const ZspvCodec* codec, std::size_t all)
     const bool takesSteps = codec->stepSamples < codec->frameSamples;
     return takesSteps ? all : static_cast<std::size_t>(codec->frameSamples);
 }
-inline std::size_t blockOctets(const ZspvCodec* codec, std::size_t all)
+inline std::size_t blockOctets(const ZspvCodec* codec, std::span<const std::uint8_t> rest)
 {
-    const bool takesSteps = codec->stepSamples < codec->frameSamples;
-    return takesSteps ? all : static_cast<std::size_t>(codec->maxFrameBytes);
+    if (codec->stepSamples < codec->frameSamples) return rest.size();
+    constexpr std::size_t kG723[] = {24, 20, 4, 1};
+    const bool tells = (codec->flags & zspvCodecFrameHasKind) != 0 && codec->payloadType == 4;
+    return tells ? kG723[rest[0] & 3] : static_cast<std::size_t>(codec->maxFrameBytes);
 }
 
+/// What is left behind the last whole frame is left out.
 inline Octets encode(ZspvEncoder* encoder, std::span<const std::int16_t> samples)
 {
     const std::size_t block = blockSamples(zspvEncoderGetCodec(encoder), samples.size());
     Octets octets(samples.size());
     std::size_t coded = 0;
-    for (std::size_t at = 0; at < samples.size(); at += block) {
+    for (std::size_t at = 0; at < samples.size() && at + block <= samples.size(); at += block) {
         std::int32_t length = 0;
         ZspvFrameKind kind = zspvFrameNoData;
-        EXPECT_EQ(zspvEncode(encoder, &samples[at],
-                             static_cast<std::int32_t>(std::min(block, samples.size() - at)),
+        EXPECT_EQ(zspvEncode(encoder, &samples[at], static_cast<std::int32_t>(block),
                              octets.data() + coded,
                              static_cast<std::int32_t>(octets.size() - coded), &length, &kind),
                   zspStsNoErr);
@@ -92,10 +94,10 @@ inline Octets encode(ZspvEncoder* encoder, std::span<const std::int16_t> samples
 
 inline Words decode(ZspvDecoder* decoder, std::span<const std::uint8_t> octets)
 {
-    const std::size_t block = blockOctets(zspvDecoderGetCodec(decoder), octets.size());
-    Words samples(5 * octets.size());
+    Words samples(12 * octets.size());
     std::size_t heard = 0;
-    for (std::size_t at = 0; at < octets.size(); at += block) {
+    for (std::size_t at = 0, block = 0; at < octets.size(); at += block) {
+        block = blockOctets(zspvDecoderGetCodec(decoder), octets.subspan(at));
         std::int32_t count = 0;
         EXPECT_EQ(zspvDecode(decoder, zspvFrameSpeech, &octets[at],
                              static_cast<std::int32_t>(std::min(block, octets.size() - at)),

@@ -71,7 +71,8 @@ Argument decoder(const ZspvCodec* codec)
 Contract withSizes(Contract contract, std::size_t c)
 {
     return contract.row({{c + 1, spoilt(&ZspvParams::structSize, 0)}}, zspStsSizeErr)
-        .row({{c + 1, spoilt(&ZspvParams::structSize, sizeof(ZspvParams) - 4)}}, zspStsSizeErr)
+        .row({{c + 1, spoilt(&ZspvParams::structSize, offsetof(ZspvParams, noHighPass) - 4)}},
+             zspStsSizeErr)
         .row({{c + 1, spoilt(&ZspvParams::structSize, 4097)}}, zspStsSizeErr)
         .row({{c, pointer(&kCopy)}}, zspStsBadArgErr);
 }

@@ -1,4 +1,4 @@
-// Speech through a codec and a network that loses packets of 20 ms, with three ways to fill what is
+// Speech through a codec and a network that loses packets, with three ways to fill what is
 // missing: the decoder's concealment, the last packet again, silence.
 #pragma once
 
@@ -23,7 +23,8 @@ struct LossyCall {
     std::vector<std::int16_t> clean; ///< as decoded without loss
 
     LossyCall(const ZspvCodec* c, std::span<const std::int16_t> speech)
-        : codec(c), packetSamples(static_cast<std::size_t>(c->sampleRate / 50)),
+        : codec(c),
+          packetSamples(static_cast<std::size_t>(c->sampleRate / 1000 * c->defaultPacketMs)),
           packetBytes(static_cast<std::size_t>(c->maxFrameBytes) * packetSamples /
                       static_cast<std::size_t>(c->frameSamples)),
           coded(packets(speech) * packetBytes)

@@ -249,7 +249,7 @@ TEST(Fmtp, ChecksItsArguments)
 {
     ZspvParams good = make(), longer = make(), shorter = make(), wild = make();
     longer.structSize += 4;
-    shorter.structSize -= 4;
+    shorter.structSize = offsetof(ZspvParams, noHighPass) - 4; // than the first version
     wild.structSize = 1 << 20;
     ZspvParams wrong = make([](ZspvParams& p) { p.crc = 2; });
     char text[8] = "#";

@@ -91,15 +91,15 @@ std::string rateNames(const std::vector<const ZspvCodec*>& codecs)
 CodecSetting withRate(const std::vector<const ZspvCodec*>& codecs, std::int32_t bitRate)
 {
     for (const ZspvCodec* codec : codecs)
-        if (has(*codec, bitRate)) return {codec, bitRate};
+        if (has(*codec, bitRate)) return {.codec = codec, .bitRate = bitRate};
     if (bitRate != 0)
         throw UsageError(
             format("--rate: %s has no %g kbit/s, but ", codecs[0]->family, bitRate / 1000.0) +
             rateNames(codecs));
     if (codecs.size() > 1)
         for (const ZspvCodec* codec : codecs)
-            if (has(*codec, kUsualRate)) return {codec, kUsualRate};
-    return {codecs[0], codecs[0]->bitRates[0]};
+            if (has(*codec, kUsualRate)) return {.codec = codec, .bitRate = kUsualRate};
+    return {.codec = codecs[0], .bitRate = codecs[0]->bitRates[0]};
 }
 
 } // namespace zsp::host

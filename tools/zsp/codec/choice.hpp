@@ -9,10 +9,11 @@
 
 namespace zsp::host {
 
-/// A row of the library's table and one of its bit rates.
+/// A row of the library's table, one of its bit rates, and whether an encoder may stop sending.
 struct CodecSetting {
     const ZspvCodec* codec;
     std::int32_t bitRate;
+    bool dtx = false;
 };
 
 /// All rows, in the library's order.

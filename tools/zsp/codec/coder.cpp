@@ -6,6 +6,7 @@
 #include "tools/zsp/io/failure.hpp"
 
 #include <algorithm>
+#include <array>
 #include <string_view>
 
 namespace zsp::host {
@@ -22,7 +23,23 @@ ZspvParams paramsOf(const CodecSetting& setting)
     ZspvParams params{};
     params.structSize = sizeof params;
     params.bitRate = setting.bitRate;
+    params.dtx = setting.dtx;
     return params;
+}
+
+bool isG723(const ZspvCodec& codec)
+{
+    return std::string_view(codec.family) == "g7231";
+}
+
+/// What stands in a file of G.723.1 for a frame that was not sent.
+constexpr std::uint8_t kUntransmitted = 3;
+
+/// Bytes of the frame that begins with this one.
+std::size_t frameBytes(const ZspvCodec& codec, std::uint8_t first, std::size_t step)
+{
+    constexpr std::array<std::size_t, 4> kG723 = {24, 20, 4, 1};
+    return isG723(codec) ? kG723[first & 3] : step;
 }
 
 /// A codec without frames takes what there is, others a frame at a time.
@@ -92,6 +109,7 @@ void SpeechEncoder::encodeBlock(std::span<const std::int16_t> samples,
                        &length, nullptr),
             "zspvEncode");
     bytes.resize(start + toSize(length));
+    if (length == 0 && isG723(codec)) bytes.push_back(kUntransmitted);
 }
 
 void SpeechEncoder::finish(std::vector<std::uint8_t>& bytes)
@@ -126,8 +144,10 @@ void SpeechDecoder::decode(std::span<const std::uint8_t> bytes, std::vector<std:
     const std::size_t held = g726Bits(setting_) && !pending_.empty() ? 1 : 0;
     std::size_t at = 0;
     for (;;) {
-        const std::size_t count =
-            blockOf(*setting_.codec, pending_.size() - held - at, step_, step_);
+        if (at == pending_.size()) break;
+        const ZspvCodec& codec = *setting_.codec;
+        const std::size_t count = blockOf(codec, pending_.size() - held - at, step_,
+                                          frameBytes(codec, pending_[at], step_));
         if (count == 0) break;
         decodeBlock(std::span(pending_).subspan(at, count), samples);
         at += count;
@@ -139,7 +159,8 @@ void SpeechDecoder::decodeBlock(std::span<const std::uint8_t> bytes,
                                 std::vector<std::int16_t>& samples)
 {
     const std::size_t start = samples.size();
-    samples.resize(start + bytes.size() / step_ * toSize(setting_.codec->stepSamples));
+    samples.resize(start + std::max<std::size_t>(bytes.size() / step_, 1) *
+                               toSize(setting_.codec->stepSamples));
     std::int32_t count = 0;
     const ZspStatus status = zspvDecode(
         decoder_.get(), zspvFrameSpeech, bytes.data(), static_cast<std::int32_t>(bytes.size()),

@@ -22,6 +22,7 @@ struct CodingOptions {
     const AudioFormat* format = nullptr; // of the audio side
     std::optional<Encoding> law;         // of the samples to write
     bool unpacked = false;
+    bool dtx = false;
 };
 
 /// Bits of a code word where code words are dealt with one by one; throws for other codecs.
@@ -43,7 +44,11 @@ Packing packingOf(const CodingOptions& options, const CodecSetting& setting)
 void encode(const CodingOptions& options, const Files& files)
 {
     requireDistinct(files.inputs, {&files.output, 1});
-    const CodecSetting setting = codecToWrite(options.wish, files.output);
+    CodecSetting setting = codecToWrite(options.wish, files.output);
+    if (options.dtx && (setting.codec->flags & zspvCodecDtx) == 0)
+        throw UsageError(std::string("--dtx: ") + setting.codec->rtpName +
+                         " has no silence compression of its own");
+    setting.dtx = options.dtx;
     const int bits = wordBits(options, setting);
     const int rate = setting.codec->sampleRate;
     AudioReader reader(files.inputs[0], options.format, rate);
@@ -199,6 +204,9 @@ Command encodeCommand()
 {
     const auto options = std::make_shared<CodingOptions>();
     Command command = codingCommand(encode, options);
+    command.options.push_back({"--dtx", 'd', "",
+                               "Silence compression, of codecs that have it: G.723.1",
+                               takeSwitch(options->dtx)});
     command.name = "encode";
     command.summary = "Code an audio file with one of the codecs that zsp codecs lists";
     command.files = {{"IN"},
