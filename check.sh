@@ -8,6 +8,7 @@
 #
 #     clang        the tests as clang optimises
 #     tsan         the tests under the thread sanitizer
+#     proofs       what proofs/ claims, for all inputs (cbmc)
 #     fuzz         100 million random calls under the address sanitizer, and every fuzzer a minute
 #     mutants      the kernels changed in one place at a time: the tests must notice
 #     coverage     lines and branches of the libraries that the tests run through
@@ -77,6 +78,11 @@ check_clang() {
 
 check_tsan() {
     cmake --workflow --preset tsan
+}
+
+check_proofs() {
+    install_packages clang gcc python3
+    proofs/run.sh
 }
 
 # Ten million calls for each of ten seeds, then a minute for each of clang's fuzzers.
