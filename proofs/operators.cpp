@@ -1,5 +1,5 @@
-// The basic operations against plain arithmetic in 64 bits, for every input. div_s and mpy_32_16
-// are left to the tests, which try all pairs of words.
+// The basic operations against plain arithmetic in 64 bits, for every input. Left out are div_s, of
+// which the tests try all inputs, and mpy_32_16, which consists of the others.
 //
 // cbmc: --unwind 90 -DZSP_ANY_PRODUCT
 

@@ -2,19 +2,15 @@
 
 import re
 
+from calls import Calls
+from composites import Composites
 from operands import Fault, Reader, c_name
 
 PLAIN = {'add': '+', 'sub': '-', 'and': '&', 'or': '|', 'xor': '^'}
 COMPARE = {'eq': '==', 'ne': '!=', 'gt': '>', 'ge': '>=', 'lt': '<', 'le': '<='}
-NOTHING = re.compile(r'@llvm\.(lifetime|dbg|experimental\.noalias|invariant|assume)')
-# What clang's checks of undefined behaviour say by number.
-CHECKS = {0: 'sum overflows', 1: 'unreachable', 2: 'integer operation', 3: 'division',
-          12: 'product overflows', 13: 'negation overflows', 18: 'index out of bounds',
-          19: 'pointer overflows', 20: 'shift out of bounds', 21: 'difference overflows',
-          22: 'null pointer', 10: 'value of no bool'}
 
 
-class Body:
+class Body(Calls, Composites):
     def __init__(self, module, lines):
         self.module = module
         self.source = [re.sub(r',? ![\w.]+ ![\w.]+.*$|, !\w+ !\w+|, align \d+(?=,|$)', '', l)
@@ -89,15 +85,6 @@ class Body:
     def set(self, value, kind, expression):
         self.declared[value] = kind
         self.out.append('%s = %s;' % (value, expression))
-
-    def lanes(self, value, kind, lane):
-        """lane(i) for each element of a vector, or the one value."""
-        self.declared[value] = kind
-        if kind[0] == 'v':
-            for i in range(kind[1]):
-                self.out.append('%s.v[%d] = %s;' % (value, i, lane('.v[%d]' % i)))
-        else:
-            self.out.append('%s = %s;' % (value, lane('')))
 
     def instruction(self, label, line):
         module, value = self.module, None
@@ -221,32 +208,6 @@ class Body:
         kind, a = reader.typed()
         self.set(value, kind, a)
 
-    def do_bitcast(self, value, reader, _):
-        kind, a = reader.typed()
-        reader.want('to')
-        to = reader.type()
-        if to[0] == 'p':
-            self.set(value, to, a)
-            return
-        width = lambda k: k[2][1] if k[0] == 'v' else k[1]
-        get = lambda i: '%s.v[%d]' % (a, i) if kind[0] == 'v' else a
-        narrow, wide = width(kind), width(to)
-        for bits in (narrow, wide):
-            if bits not in (8, 16, 32, 64):
-                raise Fault('a cast of odd bits: ' + reader.text)
-        outer = to[2] if to[0] == 'v' else to
-
-        def lane(i):
-            n = int(i[3:-1]) if i else 0
-            if narrow <= wide:
-                k = wide // narrow
-                return self.module.masked(outer, ' | '.join(
-                    '(u64)%s << %d' % (get(n * k + j), j * narrow) for j in range(k)))
-            k = narrow // wide
-            return self.module.masked(outer, '%s >> %d' % (get(n // k), n % k * wide))
-
-        self.lanes(value, to, lane)
-
     def do_ptrtoint(self, value, reader, _):
         _, a = reader.typed()
         reader.want('to')
@@ -275,60 +236,6 @@ class Body:
         kind = reader.type()
         self.declared['m_' + value] = kind
         self.set(value, ('p',), '(u8*)&m_' + value)
-
-    def do_extractvalue(self, value, reader, _):
-        kind, a = reader.typed()
-        reader.want(',')
-        number = int(reader.want(r'\d+'))
-        kind = self.module.resolved(kind)
-        if kind[0] == 's':
-            self.set(value, kind[1][number], '%s.f%d' % (a, number))
-        else:
-            self.set(value, kind[2], '%s.v[%d]' % (a, number))
-
-    def do_insertvalue(self, value, reader, _):
-        kind, a = reader.typed()
-        reader.want(',')
-        part = reader.typed()[1]
-        reader.want(',')
-        number = int(reader.want(r'\d+'))
-        self.set(value, kind, a)
-        member = 'f%d' if self.module.resolved(kind)[0] == 's' else 'v[%d]'
-        self.out.append('%s.%s = %s;' % (value, member % number, part))
-
-    def do_extractelement(self, value, reader, _):
-        kind, a = reader.typed()
-        reader.want(',')
-        self.set(value, kind[2], '%s.v[%s]' % (a, reader.typed()[1]))
-
-    def do_insertelement(self, value, reader, _):
-        kind, a = reader.typed()
-        reader.want(',')
-        part = reader.typed()[1]
-        reader.want(',')
-        self.set(value, kind, a)
-        self.out.append('%s.v[%s] = %s;' % (value, reader.typed()[1], part))
-
-    def do_shufflevector(self, value, reader, _):
-        kind, a = reader.typed()
-        reader.want(',')
-        b = reader.typed()[1]
-        reader.want(',')
-        count = int(reader.want(r'<\s*\d+')[1:])
-        reader.want('x i32>')
-        if reader.skip('zeroinitializer'):
-            order = ['0'] * count
-        else:
-            order = re.findall(r'i32 (\w+)', reader.want(r'<[^>]*>'))
-        to = ('v', count, kind[2])
-
-        def lane(i):
-            n = order[int(i[3:-1])]
-            if not n.isdigit():
-                return self.module.unknown(kind[2])
-            return '%s.v[%d]' % ((a, int(n)) if int(n) < kind[1] else (b, int(n) - kind[1]))
-
-        self.lanes(value, to, lane)
 
     def do_br(self, _value, reader, label):
         there = r'label %(?:"[^"]*"|[-\w.$]+)'
@@ -361,80 +268,3 @@ class Body:
 
     def do_unreachable(self, _value, _reader, _):
         self.out.append('never("unreachable code");')
-
-    def do_call(self, value, reader, _):
-        reader.attributes()
-        while reader.skip(r'(?:fastcc)\b'):
-            reader.attributes()
-        result = reader.type()
-        reader.skip(r'\([^()]*\)')  # the type of a function with variable arguments
-        reader.skip('')
-        name = reader.want(r'@(?:"[^"]*"|[-\w.$]+)')
-        if NOTHING.match(name):
-            return
-        reader.want(r'\(')
-        arguments = []
-        while not reader.skip(r'\)'):
-            arguments.append(reader.typed())
-            reader.skip(',')
-        values = [a for _, a in arguments]
-        if name == '@llvm.ubsantrap':
-            number = int(re.search(r'(\d+)', values[0].split(')')[-2]).group())
-            text = 'never("%s");' % CHECKS.get(number, 'check %d' % number)
-        elif name == '@prove':
-            self.out.append('prove(%s);' % values[0])
-            return
-        elif name == '@__assert_fail' or 'glibcxx_assert_fail' in name:
-            text = 'never("assertion");'
-        elif name == '@llvm.trap':
-            text = 'never("trap");'
-        elif re.match(r'@llvm\.mem(cpy|move|set)', name):
-            text = '%s(%s, %s, %s);' % (name[6:].split('.')[0], *values[:3])
-        elif name.startswith('@llvm.x86.'):
-            self.set(value, result, '%s(%s)' % (c_name(name[6:]), ', '.join(values)))
-            return
-        elif name.startswith('@llvm.'):
-            self.generic(value, result, name, arguments)
-            return
-        elif name[1:] in ('assume', 'observe', 'between') or name[1:].startswith('nondet_'):
-            text = '%s(%s)' % (name[1:], ', '.join(values))
-            if value:
-                self.set(value, result, self.module.masked(result, text))
-                return
-            text += ';'
-        else:
-            text = '%s(%s)' % (self.module.function_name(name), ', '.join(values))
-            if value:
-                self.set(value, result, text)
-                return
-            text += ';'
-        self.out.append(text)
-
-    def generic(self, value, result, name, arguments):
-        """Intrinsics of any width."""
-        values = [a for _, a in arguments]
-        word = name[6:].rsplit('.', 1)[0]
-        if '.with.overflow' in word:
-            kind = arguments[0][0]
-            self.declared[value] = result
-            if word[:4] == 'smul' and all(self.is_word(v, kind) for v in values):
-                self.out.append('%s.f0 = %s;' % (value, self.module.masked(
-                    kind, 'product((i16)%s, (i16)%s)' % tuple(values))))
-                self.out.append('%s.f1 = 0;' % value)
-                return
-            if word[:4] == 'smul' and any(v in self.powers for v in values):
-                x, y = values if values[1] in self.powers else values[::-1]
-                word, values = 'sshl', [x, self.powers[y]]
-            for member, part in (('f0', 'sum'), ('f1', 'over')):
-                self.out.append('%s.%s = %s_%s_%d(%s, %s);' % (
-                    value, member, part, word[:4], kind[1], *values))
-            return
-        element = result[2] if result[0] == 'v' else result
-        models = {'smax', 'smin', 'umax', 'umin', 'sadd.sat', 'ssub.sat', 'uadd.sat', 'usub.sat',
-                  'abs', 'ctlz', 'ctpop', 'fshl', 'fshr'}
-        if word not in models:
-            raise Fault('an intrinsic without a model: ' + name)
-        if word in ('abs', 'ctlz'):
-            values = values[:1]
-        self.lanes(value, result, lambda i: '%s_%d(%s)' % (
-            word.replace('.', '_'), element[1], ', '.join(v + i for v in values)))
