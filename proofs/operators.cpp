@@ -1,5 +1,5 @@
-// The basic operations against plain arithmetic in 64 bits, for every input. Left out are div_s, of
-// which the tests try all inputs, and mpy_32_16, which consists of the others.
+// The basic operations against plain arithmetic in 64 bits, for every input. Left out are div_s and
+// mpy_32_16, which consists of the others: the tests try samples of their inputs.
 //
 // cbmc: --unwind 90 -DZSP_ANY_PRODUCT
 
