@@ -14,9 +14,9 @@
 #     coverage     lines and branches of the libraries that the tests run through
 #     msan         libraries, their tests and random calls under the memory sanitizer
 #     valgrind     the tests as built for users, under Valgrind's memory checker
-#     windows      cross-build with mingw-w64, all tests under Wine
+#     windows      cross-build with mingw-w64, all tests under Wine; build/zspsc-*-windows-x64.zip
 #     packages     Debian packages: lintian, install, use, remove (as root)
-#     reproducible two builds in different directories, compared byte by byte
+#     reproducible two builds of packages and DLLs in different directories, equal byte by byte
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 
@@ -158,6 +158,7 @@ check_valgrind() {
 check_windows() {
     install_packages "${windows_packages[@]}"
     cmake --workflow --preset windows
+    packaging/windows.sh
 }
 
 check_packages() {

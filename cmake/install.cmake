@@ -19,6 +19,10 @@ install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev
 install(FILES companion/include/zspcore.h
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev)
 
+if(WIN32) # where nothing else says so
+    install(FILES LICENSE NOTICE README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)
+endif()
+
 install(EXPORT zspscTargets NAMESPACE zspsc:: DESTINATION ${cmake_package_dir} COMPONENT dev)
 configure_package_config_file(packaging/zspscConfig.cmake.in
     ${PROJECT_BINARY_DIR}/zspscConfig.cmake INSTALL_DESTINATION ${cmake_package_dir})
