@@ -1,6 +1,6 @@
 // The speech coder of ITU-T G.723.1 at 6.3 and 5.3 kbit/s, with the silence compression of Annex A,
-// block by block. Names ending in Avx2 equal the definitions, which end in Scalar, in every result;
-// what has no second form has no ending.
+// block by block. Names ending in Avx2 or Fast equal the definitions, which end in Scalar, in every
+// result; what has no second form has no ending.
 #pragma once
 
 #include "codecs/g723/g723_arithmetic.hpp"
@@ -44,7 +44,8 @@ struct HighPassState {
     Word last;
 };
 void highPass(std::span<const Word> src, std::span<Word> dst, HighPassState& s) noexcept;
-void autoCorr(In<180> samples, Out<11> corr, Word& shift) noexcept;
+void autoCorrScalar(In<180> samples, Out<11> corr, Word& shift) noexcept;
+void autoCorrAvx2(In<180> samples, Out<11> corr, Word& shift) noexcept;
 
 struct Prediction {
     Word error;      // of the prediction
@@ -62,8 +63,10 @@ void interpolateToLpc(In<kOrder> previous, In<kOrder> lsp, Out<40> lpc_Q13) noex
 // Weighting; `weighting` holds ten zeros and ten poles, Q13
 
 void weightingCoefficients(In<kOrder> lpc_Q13, Out<20> dst_Q13) noexcept;
-void perceptualWeighting(In<20> weighting, In<kSubframe> src, Out<kSubframe> dst,
-                         Out<20> memory) noexcept;
+void perceptualWeightingScalar(In<20> weighting, In<kSubframe> src, Out<kSubframe> dst,
+                               Out<20> memory) noexcept;
+void perceptualWeightingFast(In<20> weighting, In<kSubframe> src, Out<kSubframe> dst,
+                             Out<20> memory) noexcept;
 
 struct Harmonic {
     Word lag, gain_Q15;
@@ -72,18 +75,27 @@ struct Harmonic {
 Harmonic harmonicSearch(const Word* x, Word lag) noexcept;
 void harmonicFilter(const Word* x, Harmonic h, Out<kSubframe> dst) noexcept;
 
-void impulseResponse(In<kOrder> lpc_Q13, In<20> weighting, Harmonic h, Out<kSubframe> dst) noexcept;
+void impulseResponseScalar(In<kOrder> lpc_Q13, In<20> weighting, Harmonic h,
+                           Out<kSubframe> dst) noexcept;
+void impulseResponseFast(In<kOrder> lpc_Q13, In<20> weighting, Harmonic h,
+                         Out<kSubframe> dst) noexcept;
 
 /// Ten words of the synthesis, ten of the weighting, 145 of what came out.
 inline constexpr std::size_t kRingingMemory = 165;
-void subtractRinging(In<kOrder> lpc_Q13, In<20> weighting, Harmonic h, In<kRingingMemory> memory,
-                     Out<kSubframe> target) noexcept;
-void updateRinging(In<kOrder> lpc_Q13, In<20> weighting, In<kSubframe> excitation,
-                   Out<kRingingMemory> memory) noexcept;
+void subtractRingingScalar(In<kOrder> lpc_Q13, In<20> weighting, Harmonic h,
+                           In<kRingingMemory> memory, Out<kSubframe> target) noexcept;
+void subtractRingingFast(In<kOrder> lpc_Q13, In<20> weighting, Harmonic h,
+                         In<kRingingMemory> memory, Out<kSubframe> target) noexcept;
+void updateRingingScalar(In<kOrder> lpc_Q13, In<20> weighting, In<kSubframe> excitation,
+                         Out<kRingingMemory> memory) noexcept;
+void updateRingingFast(In<kOrder> lpc_Q13, In<20> weighting, In<kSubframe> excitation,
+                       Out<kRingingMemory> memory) noexcept;
 
 // Searches of the encoder
 
 /// From 145 and 240 weighted samples: the same normalised, and a lag per half.
+/// The lag of a half, 145 words before it; fast or by definition.
+Word openLoopLagOf(const Word* x, bool fast) noexcept;
 void openLoopSearch(In<kPast + kFrame> weighted, Out<kPast + kFrame> normalised,
                     Out<2> lags) noexcept;
 
@@ -92,7 +104,10 @@ void adaptiveSearch(In<kSubframe> target, In<kSubframe> response, In<kPast> past
                     std::span<const Long, 5> errors, bool sine, std::size_t subframe,
                     ZspG723Frame& f) noexcept;
 /// Takes the filtered vector out of the target.
-void subtractAdaptive(In<kSubframe> vector, In<kSubframe> response, Out<kSubframe> target) noexcept;
+void subtractAdaptiveScalar(In<kSubframe> vector, In<kSubframe> response,
+                            Out<kSubframe> target) noexcept;
+void subtractAdaptiveAvx2(In<kSubframe> vector, In<kSubframe> response,
+                          Out<kSubframe> target) noexcept;
 void updateTaming(const ZspG723Frame& f, std::size_t subframe, std::span<Long, 5> errors) noexcept;
 
 void multiPulseSearch(In<kSubframe> target, In<kSubframe> response, std::size_t subframe,
@@ -145,6 +160,11 @@ void synthesisFilterScalar(In<kOrder> lpc_Q13, In<kSubframe> src, Out<kSubframe>
 inline constexpr std::size_t kPostFilterMemory = 21;
 
 /// The energy of the input, for the gain control.
+void synthesisFilterFast(In<kOrder> lpc_Q13, In<kSubframe> src, Out<kSubframe> dst,
+                         Out<kOrder> memory) noexcept;
+Long formantPostFilterFast(In<kOrder> lpc_Q13, In<kSubframe> src, Out<kSubframe> dst,
+                           Out<kPostFilterMemory> memory) noexcept;
+void gainControlFast(Out<kSubframe> samples, Long wanted, Word& gain) noexcept;
 Long formantPostFilterScalar(In<kOrder> lpc_Q13, In<kSubframe> src, Out<kSubframe> dst,
                              Out<kPostFilterMemory> memory) noexcept;
 void gainControlScalar(Out<kSubframe> samples, Long wanted, Word& gain) noexcept;

@@ -3,7 +3,7 @@
 // fourth only where their correlation passes a threshold.
 
 #include "codecs/g723/g723.hpp"
-#include "codecs/g723/g723_vectors.hpp"
+#include "codecs/g723/g723_searches.hpp"
 #include "core/entries.hpp"
 #include "core/state.hpp"
 

@@ -2,9 +2,8 @@
 // chosen together by weighing correlations and energies with the 20 words of each gain vector; and
 // the taming that keeps a decoder's excitation from running away after a lost frame.
 
-#include "codecs/g723/g723_adaptive.hpp"
 #include "codecs/g723/g723.hpp"
-#include "codecs/g723/g723_vectors.hpp"
+#include "codecs/g723/g723_searches.hpp"
 #include "core/entries.hpp"
 #include "core/state.hpp"
 
@@ -149,7 +148,7 @@ void adaptiveSearch(In<kSubframe> target, In<kSubframe> response, In<kPast> past
     const std::size_t count = even ? 3 : 4;
 
     AdaptiveCorrelations corr;
-    adaptiveCorrelationsScalar(target, response, past, firstLag, count, corr);
+    adaptiveCorrelationsAvx2(target, response, past, firstLag, count, corr);
     const std::size_t room = static_cast<std::size_t>(
         tamingRoom(errors, sine, firstLag, firstLag + static_cast<int>(count) - 1));
     const std::size_t boundSmall = std::min<std::size_t>(85, 51 + 4 * room);
@@ -159,14 +158,15 @@ void adaptiveSearch(In<kSubframe> target, In<kSubframe> response, In<kPast> past
     for (std::size_t k = 0; k < count; ++k) {
         const auto lag = static_cast<Word>(even ? firstLag + static_cast<int>(k) : pairLag);
         const bool small = usesSmallBook(f.type, lag);
-        searchGainsScalar(&corr[kGainWords * k], small, small ? boundSmall : boundLarge, k, best);
+        searchGainsAvx2(&corr[kGainWords * k], small, small ? boundSmall : boundLarge, k, best);
     }
     f.acbGain[subframe] = static_cast<Word>(best.index);
     if (even) pairLag = static_cast<Word>(firstLag + static_cast<int>(best.candidate));
     f.lagOffset[subframe] = even ? Word{1} : static_cast<Word>(best.candidate);
 }
 
-void subtractAdaptive(In<kSubframe> vector, In<kSubframe> response, Out<kSubframe> target) noexcept
+void subtractAdaptiveScalar(In<kSubframe> vector, In<kSubframe> response,
+                            Out<kSubframe> target) noexcept
 {
     for (std::size_t i = 0; i < kSubframe; ++i) {
         Long sum = fx::l_deposit_h(target[i]) >> 1;
@@ -214,7 +214,7 @@ ZspStatus zspsAdaptiveSubtract_G723_16s_I(const std::int16_t* vector, const std:
 {
     if (!vector || !response || !target) return zspStsNullPtrErr;
 
-    g723::subtractAdaptive(spanOf<60>(vector), spanOf<60>(response), spanOf<60>(target));
+    g723::subtractAdaptiveAvx2(spanOf<60>(vector), spanOf<60>(response), spanOf<60>(target));
     return zspStsNoErr;
 }
 

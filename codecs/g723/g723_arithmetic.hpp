@@ -59,10 +59,12 @@ constexpr Word random(Word& seed) noexcept
 /// The largest absolute value, saturated.
 constexpr Word largest(std::span<const Word> x) noexcept
 {
-    Word most = 0;
-    for (const Word v : x)
-        most = std::max(most, fx::abs_s(v));
-    return most;
+    Word low = 0, high = 0; // which a compiler finds many at a time
+    for (const Word v : x) {
+        low = std::min(low, v);
+        high = std::max(high, v);
+    }
+    return std::max(fx::abs_s(low), high);
 }
 
 constexpr Long largest(std::span<const Long> x) noexcept

@@ -2,6 +2,7 @@
 // prediction coefficients (clause 2.4).
 
 #include "codecs/g723/g723.hpp"
+#include "codecs/g723/g723_fast.hpp"
 #include "core/entries.hpp"
 
 #include <array>
@@ -19,7 +20,7 @@ void highPass(std::span<const Word> src, std::span<Word> dst, HighPassState& s) 
     }
 }
 
-void autoCorr(In<180> samples, Out<11> corr, Word& shift) noexcept
+void autoCorrScalar(In<180> samples, Out<11> corr, Word& shift) noexcept
 {
     std::array<Word, 180> v;
     std::ranges::copy(samples, v.begin());
@@ -42,6 +43,27 @@ void autoCorr(In<180> samples, Out<11> corr, Word& shift) noexcept
         Long sum = 0;
         for (std::size_t j = i; j < v.size(); ++j)
             sum = fx::l_add(sum, fx::l_mult(v[j], v[j - i]) >> 1);
+        corr[i] = fx::round_fx(mls(fx::l_shl(sum, n), kBinomial[i - 1]));
+    }
+    shift = static_cast<Word>(n + 2 * before);
+}
+
+void autoCorrAvx2(In<180> samples, Out<11> corr, Word& shift) noexcept
+{
+    std::array<Word, 180> v;
+    std::ranges::copy(samples, v.begin());
+    const int before = normalise(v);
+    alignas(32) std::array<Word, 192 + 16> windowed{}; // zeros behind it
+    for (std::size_t i = 0; i < v.size(); ++i)
+        windowed[i] = fx::mult_r(v[i], kHamming[i]);
+    const std::int64_t exact = exactEnergy<192>(windowed.data());
+    const Long own = fx::sat32(exact + (exact >> 10));
+    const int n = fx::norm_l(own);
+    if (exact > fx::kMax32 || fx::round_fx(fx::l_shl(own, n)) == 0)
+        return autoCorrScalar(samples, corr, shift);
+    corr[0] = fx::round_fx(fx::l_shl(own, n));
+    for (std::size_t i = 1; i <= kOrder; ++i) {
+        const Long sum = plainDot<192>(windowed.data(), windowed.data() + i);
         corr[i] = fx::round_fx(mls(fx::l_shl(sum, n), kBinomial[i - 1]));
     }
     shift = static_cast<Word>(n + 2 * before);
@@ -95,7 +117,7 @@ ZspStatus zspsAutoCorr_G723_16s(const std::int16_t* src, std::int16_t* corr, std
 {
     if (!src || !corr || !shift) return zspStsNullPtrErr;
 
-    g723::autoCorr(spanOf<180>(src), spanOf<11>(corr), *shift);
+    g723::autoCorrAvx2(spanOf<180>(src), spanOf<11>(corr), *shift);
     return zspStsNoErr;
 }
 

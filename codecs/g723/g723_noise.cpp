@@ -2,7 +2,7 @@
 // encoder and decoder draw alike from a seed.
 
 #include "codecs/g723/g723.hpp"
-#include "codecs/g723/g723_vectors.hpp"
+#include "codecs/g723/g723_searches.hpp"
 #include "core/entries.hpp"
 #include "core/state.hpp"
 

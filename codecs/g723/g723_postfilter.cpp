@@ -2,6 +2,7 @@
 // clause 3.6 and what stands in for a lost frame, clause 3.10.
 
 #include "codecs/g723/g723.hpp"
+#include "codecs/g723/g723_fast.hpp"
 #include "core/entries.hpp"
 #include "core/state.hpp"
 
@@ -30,6 +31,25 @@ Match bestLag(const Word* x, std::size_t length, int lag, int sign, int reach) n
     return best;
 }
 
+/// As bestLag(), for vectors whose sums of `length` products stay below 2^30.
+template <std::size_t length>
+Match bestLagAvx2(const Word* x, int lag, int sign, int reach) noexcept
+{
+    const int last = std::min(lag + 3, reach);
+    __m256i sums[8];
+    for (int i = 0; i < 8; ++i) {
+        const int t = lag - 3 + i;
+        sums[i] = i < 7 && t <= last ? pairSums<length>(x, x + sign * t) : _mm256_setzero_si256();
+    }
+    alignas(32) std::array<Long, 8> cross;
+    avx2::store(cross.data(), sumEach(sums));
+    Match best;
+    for (int i = 0; i < 7; ++i)
+        if (2 * cross[static_cast<std::size_t>(i)] > best.cross)
+            best = {sign * (lag - 3 + i), 2 * cross[static_cast<std::size_t>(i)]};
+    return best;
+}
+
 } // namespace
 
 PitchPostFilter pitchPostFilterOf(In<kPast + kFrame> normalised, Word pairLag, std::size_t subframe,
@@ -38,16 +58,18 @@ PitchPostFilter pitchPostFilterOf(In<kPast + kFrame> normalised, Word pairLag, s
     const Word* x = &normalised[kPast + kSubframe * subframe];
     const int lag = std::min<int>(pairLag, 142);
     const int later = static_cast<int>(kFrame - kSubframe * (subframe + 1));
-    const Match backward = bestLag(x, kSubframe, lag, -1, kPast);
-    const Match forward = bestLag(x, kSubframe, lag, 1, later);
+    // 60 products of 13 bits.
+    const Match backward = bestLagAvx2<kSubframe>(x, lag, -1, kPast);
+    const Match forward = bestLagAvx2<kSubframe>(x, lag, 1, later);
     PitchPostFilter none{0, 0, fx::kMax16};
     if (backward.index == 0 && forward.index == 0) return none;
 
     const auto energyAt = [x](const Match& m) {
-        return m.index == 0 ? 0 : energy({x + m.index, kSubframe});
+        const Word* y = x + m.index;
+        return m.index == 0 ? 0 : 2 * plainDot<kSubframe>(y, y);
     };
-    const std::array<Long, 5> longs = {energy({x, kSubframe}), backward.cross, energyAt(backward),
-                                       forward.cross, energyAt(forward)};
+    const std::array<Long, 5> longs = {2 * plainDot<kSubframe>(x, x), backward.cross,
+                                       energyAt(backward), forward.cross, energyAt(forward)};
     const int shift = fx::norm_l(*std::ranges::max_element(longs));
     std::array<Word, 5> words{};
     for (std::size_t i = 0; i < words.size(); ++i)
@@ -82,9 +104,13 @@ void pitchPostFilter(In<kPast + kFrame> excitation, const ZspG723Frame& f, Out<k
     for (std::size_t i = 0; i < 4; ++i) {
         const PitchPostFilter p = pitchPostFilterOf(normalised, f.lag[i / 2], i, weight);
         const Word* x = &excitation[kPast + kSubframe * i];
-        for (std::size_t k = 0; k < kSubframe; ++k)
+        // |scale| < 2^15 and |gain| < 2^14: without its doubling the sum stays in 32 bits, and only
+        // the rounded word saturates.
+        for (std::size_t k = 0; k < kSubframe; ++k) {
+            const std::int32_t sum = x[k] * p.scale + *(x + k + p.index) * p.gain;
             dst[kSubframe * i + k] =
-                fx::round_fx(fx::l_mac(fx::l_mult(x[k], p.scale), *(x + k + p.index), p.gain));
+                static_cast<Word>(std::clamp((sum + 0x4000) >> 15, -32768, 32767));
+        }
     }
 }
 
@@ -96,7 +122,11 @@ Concealment concealAnalysis(In<kPast + kFrame> excitation, Word lastLag) noexcep
     const int shift = normalise(normalised);
     const Word* x = &normalised[kPast + kFrame - kLength];
     const int lag = std::min<int>(lastLag, 142);
-    Match best = bestLag(x, kLength, lag, -1, kPast);
+    // Where the whole signal's energy is small, every sum is.
+    const std::int64_t all = exactEnergy<kPast + kFrame>(normalised.data());
+    const bool small = all < 1 << 30;
+    Match best =
+        small ? bestLagAvx2<kLength>(x, lag, -1, kPast) : bestLag(x, kLength, lag, -1, kPast);
     if (best.index == 0) best.index = -lag;
     Concealment c{0, fx::round_fx(energy({x, kLength})), static_cast<Word>(shift)};
     const Word cross = fx::round_fx(best.cross);

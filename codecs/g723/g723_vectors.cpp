@@ -1,8 +1,8 @@
 // Adaptive and fixed vectors of ITU-T G.723.1 as a decoder makes them, clauses 2.14 to 2.17; an
 // encoder makes the same.
 
-#include "codecs/g723/g723_vectors.hpp"
 #include "codecs/g723/g723.hpp"
+#include "codecs/g723/g723_searches.hpp"
 #include "codecs/g723/tables/g723_gain170_tables.hpp"
 #include "codecs/g723/tables/g723_gain85_tables.hpp"
 #include "core/entries.hpp"
@@ -10,6 +10,7 @@
 
 #include <array>
 #include <cassert>
+#include <cstdlib>
 
 namespace zsp::g723 {
 
@@ -30,10 +31,28 @@ void pastPeriod(In<kPast> past, int lag, Out<kSubframe + 4> residual) noexcept
     }
 }
 
-void filterPeriod(In<kSubframe + 4> residual, const Word* taps_Q14, Out<kSubframe> dst) noexcept
+void filterPeriodScalar(In<kSubframe + 4> residual, const Word* taps_Q14,
+                        Out<kSubframe> dst) noexcept
 {
     for (std::size_t i = 0; i < kSubframe; ++i)
         dst[i] = fx::round_fx(fx::l_shl(dot(residual.subspan(i, 5), taps_Q14), 1));
+}
+
+void filterPeriodFast(In<kSubframe + 4> residual, const Word* taps_Q14, Out<kSubframe> dst) noexcept
+{
+    std::int32_t reach = 0;
+    for (std::size_t j = 0; j < 5; ++j)
+        reach += std::abs(int{taps_Q14[j]});
+    // No sum of five doubled products leaves 32 bits, nor does its rounding.
+    if (std::int64_t{2} * reach * (largest(residual) + 1) > fx::kMax32 - 0x8000)
+        return filterPeriodScalar(residual, taps_Q14, dst);
+    std::array<std::int32_t, kSubframe> sums;
+    for (std::size_t i = 0; i < kSubframe; ++i)
+        sums[i] = residual[i] * taps_Q14[0] + residual[i + 1] * taps_Q14[1] +
+                  residual[i + 2] * taps_Q14[2] + residual[i + 3] * taps_Q14[3] +
+                  residual[i + 4] * taps_Q14[4];
+    for (std::size_t i = 0; i < kSubframe; ++i)
+        dst[i] = static_cast<Word>(std::clamp((sums[i] + 0x2000) >> 14, -32768, 32767));
 }
 
 void adaptiveVector(const ZspG723Frame& f, std::size_t subframe, In<kPast> past,
@@ -41,10 +60,10 @@ void adaptiveVector(const ZspG723Frame& f, std::size_t subframe, In<kPast> past,
 {
     std::array<Word, kSubframe + 4> residual;
     pastPeriod(past, lagOf(f, subframe), residual);
-    filterPeriod(residual,
-                 gainVector(usesSmallBook(f.type, f.lag[subframe / 2]),
-                            static_cast<std::size_t>(f.acbGain[subframe])),
-                 dst);
+    filterPeriodFast(residual,
+                     gainVector(usesSmallBook(f.type, f.lag[subframe / 2]),
+                                static_cast<std::size_t>(f.acbGain[subframe])),
+                     dst);
 }
 
 void repeatPulses(Out<kSubframe> x, std::size_t period) noexcept

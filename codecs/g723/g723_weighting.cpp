@@ -4,6 +4,7 @@
 //   synthesis and weighting of a sub-frame:  1/A(z) . (1 - Z(z)) / (1 - O(z)) . (1 - gain z^-lag)
 
 #include "codecs/g723/g723.hpp"
+#include "codecs/g723/g723_fast.hpp"
 #include "core/entries.hpp"
 
 #include <array>
@@ -58,8 +59,8 @@ struct Cascade {
 
 } // namespace
 
-void perceptualWeighting(In<20> weighting, In<kSubframe> src, Out<kSubframe> dst,
-                         Out<20> memory) noexcept
+void perceptualWeightingScalar(In<20> weighting, In<kSubframe> src, Out<kSubframe> dst,
+                               Out<20> memory) noexcept
 {
     const Out<kOrder> inputs = memory.first<kOrder>(), outputs = memory.last<kOrder>();
     for (std::size_t i = 0; i < kSubframe; ++i) {
@@ -76,11 +77,14 @@ Harmonic harmonicSearch(const Word* x, Word lag) noexcept
 {
     constexpr std::size_t kLags = 7;
     std::array<Long, 1 + 2 * kLags> longs{}; // own energy, correlations, energies
-    longs[0] = energy({x, kSubframe});
+    const std::int64_t own = exactEnergy<kSubframe>(x);
+    longs[0] = fx::sat32(2 * own);
     for (std::size_t t = 0; t < kLags; ++t) {
         const Word* past = x - lag - static_cast<int>(t) + 3;
-        longs[1 + t] = dot({x, kSubframe}, past);
-        longs[1 + kLags + t] = energy({past, kSubframe});
+        const std::int64_t power = exactEnergy<kSubframe>(past); // squares only saturate at the end
+        longs[1 + t] =
+            staysSmall(own, power) ? 2 * plainDot<kSubframe>(x, past) : dot({x, kSubframe}, past);
+        longs[1 + kLags + t] = fx::sat32(2 * power);
     }
     const int shift = fx::norm_l(largest(longs));
     std::array<Word, longs.size()> words{};
@@ -115,7 +119,8 @@ void harmonicFilter(const Word* x, Harmonic h, Out<kSubframe> dst) noexcept
         dst[k] = fx::round_fx(fx::l_msu(fx::l_deposit_h(x[k]), h.gain_Q15, *(x + k - h.lag)));
 }
 
-void impulseResponse(In<kOrder> lpc_Q13, In<20> weighting, Harmonic h, Out<kSubframe> dst) noexcept
+void impulseResponseScalar(In<kOrder> lpc_Q13, In<20> weighting, Harmonic h,
+                           Out<kSubframe> dst) noexcept
 {
     Cascade filters;
     std::array<Word, kPast + kSubframe> response{};
@@ -126,8 +131,8 @@ void impulseResponse(In<kOrder> lpc_Q13, In<20> weighting, Harmonic h, Out<kSubf
     harmonicFilter(&response[kPast], h, dst);
 }
 
-void subtractRinging(In<kOrder> lpc_Q13, In<20> weighting, Harmonic h, In<kRingingMemory> memory,
-                     Out<kSubframe> target) noexcept
+void subtractRingingScalar(In<kOrder> lpc_Q13, In<20> weighting, Harmonic h,
+                           In<kRingingMemory> memory, Out<kSubframe> target) noexcept
 {
     Cascade filters;
     std::copy_n(memory.begin(), kOrder, filters.fir.begin());
@@ -143,8 +148,8 @@ void subtractRinging(In<kOrder> lpc_Q13, In<20> weighting, Harmonic h, In<kRingi
     }
 }
 
-void updateRinging(In<kOrder> lpc_Q13, In<20> weighting, In<kSubframe> excitation,
-                   Out<kRingingMemory> memory) noexcept
+void updateRingingScalar(In<kOrder> lpc_Q13, In<20> weighting, In<kSubframe> excitation,
+                         Out<kRingingMemory> memory) noexcept
 {
     Cascade filters;
     std::copy_n(memory.begin(), kOrder, filters.fir.begin());
@@ -188,8 +193,8 @@ ZspStatus zspsPerceptualWeighting_G723_16s(const std::int16_t* coefs, const std:
 {
     if (!coefs || !src || !dst || !memory) return zspStsNullPtrErr;
 
-    g723::perceptualWeighting(spanOf<20>(coefs), spanOf<60>(src), spanOf<60>(dst),
-                              spanOf<20>(memory));
+    g723::perceptualWeightingFast(spanOf<20>(coefs), spanOf<60>(src), spanOf<60>(dst),
+                                  spanOf<20>(memory));
     return zspStsNoErr;
 }
 
@@ -221,7 +226,7 @@ ZspStatus zspsImpulseResponse_G723_16s(const std::int16_t* lpc, const std::int16
     if (!lpc || !coefs || !dst) return zspStsNullPtrErr;
     if (!harmonicFits(lag)) return zspStsCodecRangeErr;
 
-    g723::impulseResponse(spanOf<10>(lpc), spanOf<20>(coefs), {lag, gain}, spanOf<60>(dst));
+    g723::impulseResponseFast(spanOf<10>(lpc), spanOf<20>(coefs), {lag, gain}, spanOf<60>(dst));
     return zspStsNoErr;
 }
 
@@ -232,8 +237,8 @@ ZspStatus zspsRingingSubtract_G723_16s_I(const std::int16_t* lpc, const std::int
     if (!lpc || !coefs || !memory || !target) return zspStsNullPtrErr;
     if (!harmonicFits(lag)) return zspStsCodecRangeErr;
 
-    g723::subtractRinging(spanOf<10>(lpc), spanOf<20>(coefs), {lag, gain}, spanOf<165>(memory),
-                          spanOf<60>(target));
+    g723::subtractRingingFast(spanOf<10>(lpc), spanOf<20>(coefs), {lag, gain}, spanOf<165>(memory),
+                              spanOf<60>(target));
     return zspStsNoErr;
 }
 
@@ -242,8 +247,8 @@ ZspStatus zspsRingingUpdate_G723_16s(const std::int16_t* lpc, const std::int16_t
 {
     if (!lpc || !coefs || !excitation || !memory) return zspStsNullPtrErr;
 
-    g723::updateRinging(spanOf<10>(lpc), spanOf<20>(coefs), spanOf<60>(excitation),
-                        spanOf<165>(memory));
+    g723::updateRingingFast(spanOf<10>(lpc), spanOf<20>(coefs), spanOf<60>(excitation),
+                            spanOf<165>(memory));
     return zspStsNoErr;
 }
 

@@ -25,7 +25,7 @@ inline std::array<std::int16_t, 20> weighting()
 inline std::array<std::int16_t, 60> response()
 {
     std::array<std::int16_t, 60> r{};
-    g723::impulseResponse(kLpc, weighting(), {40, 9000}, r);
+    g723::impulseResponseScalar(kLpc, weighting(), {40, 9000}, r);
     return r;
 }
 

@@ -12,7 +12,7 @@ void correlate(benchmark::State& state)
     WordPool pool(1, kLoudSpeech);
     std::array<std::int16_t, 11> corr{};
     std::int16_t shift = 0;
-    loop(state, kSubframe, [&] { autoCorr(take<180>(pool), corr, shift); });
+    loop(state, kSubframe, [&] { autoCorrAvx2(take<180>(pool), corr, shift); });
 }
 
 void recurse(benchmark::State& state)
@@ -23,7 +23,7 @@ void recurse(benchmark::State& state)
     loop(state, kSubframe, [&] { benchmark::DoNotOptimize(levinsonDurbin(kCorr, lpc)); });
 }
 
-BENCHMARK(correlate)->Name("g723AutoCorr/definition");
+BENCHMARK(correlate)->Name("g723AutoCorr/avx2");
 BENCHMARK(recurse)->Name("g723LevinsonDurbin/definition");
 
 } // namespace

@@ -1,6 +1,6 @@
 // The adaptive codebook search of G.723.1 against the reference's traces.
 
-#include "codecs/g723/g723_adaptive.hpp"
+#include "codecs/g723/g723_searches.hpp"
 
 #include "tests/codecs/g723/g723_trace.hpp"
 
@@ -110,6 +110,41 @@ TEST(G723Adaptive, ASineLeavesNoRoom)
     EXPECT_EQ(room(quiet, true), 0);
     EXPECT_EQ(room(loud, false), 0);
     EXPECT_EQ(room(half, false), 64);
+}
+
+TEST(G723Adaptive, FastFormsEqualDefinitions)
+{
+    using namespace zsp::g723;
+    Samples samples(16);
+    for (int round = 0; round < 4000; ++round) {
+        const std::string what = "round " + std::to_string(round);
+        const Words target = anyWords(samples, 60, round),
+                    response = anyWords(samples, 60, round / 8);
+        const Words past = anyWords(samples, 145, round / 4);
+        const In<60> x(target.data(), 60), r(response.data(), 60);
+        const int lag = 17 + samples.below(124);
+        const std::size_t count = round % 2 == 0 ? 3 : 4;
+        AdaptiveCorrelations want{}, got{};
+        adaptiveCorrelationsScalar(x, r, In<145>(past.data(), 145), lag, count, want);
+        adaptiveCorrelationsAvx2(x, r, In<145>(past.data(), 145), lag, count, got);
+        expectEqual(got, want, what);
+
+        Words corr(want.begin(), want.begin() + 20);
+        if (round % 4 == 0) corr = anyWords(samples, 20, round / 4);
+        GainChoice best, fast;
+        for (const bool small : {true, false}) {
+            const auto bound = static_cast<std::size_t>(samples.uniform(51, small ? 85 : 170));
+            searchGainsScalar(corr.data(), small, bound, 2, best);
+            searchGainsAvx2(corr.data(), small, bound, 2, fast);
+            ASSERT_EQ(fast.measure, best.measure) << what;
+            ASSERT_EQ(fast.index, best.index) << what;
+            ASSERT_EQ(fast.candidate, best.candidate) << what;
+        }
+        Words left = target, left2 = target;
+        subtractAdaptiveScalar(In<60>(past.data(), 60), r, zsp::spanOf<60>(left.data()));
+        subtractAdaptiveAvx2(In<60>(past.data(), 60), r, zsp::spanOf<60>(left2.data()));
+        expectEqual(left2, left, what);
+    }
 }
 
 } // namespace

@@ -70,4 +70,19 @@ TEST(G723Lpc, FilterInPartsEqualsOneCall)
     EXPECT_EQ(a[1], b[1]);
 }
 
+TEST(G723Lpc, FastEqualsDefinition)
+{
+    Samples samples(11);
+    for (int round = 0; round < 4000; ++round) {
+        const Words x = anyWords(samples, 180, round);
+        Words want(11), got(11);
+        std::int16_t wantShift = 0, gotShift = 0;
+        zsp::g723::autoCorrScalar(zsp::spanOf<180>(x.data()), zsp::spanOf<11>(want.data()),
+                                  wantShift);
+        zsp::g723::autoCorrAvx2(zsp::spanOf<180>(x.data()), zsp::spanOf<11>(got.data()), gotShift);
+        expectEqual(got, want, "round " + std::to_string(round));
+        ASSERT_EQ(gotShift, wantShift);
+    }
+}
+
 } // namespace

@@ -1,6 +1,6 @@
 // The multi-pulse search of G.723.1 against the reference's traces, trial by trial.
 
-#include "codecs/g723/g723_multipulse.hpp"
+#include "codecs/g723/g723_searches.hpp"
 
 #include "tests/codecs/g723/g723_trace.hpp"
 
@@ -54,8 +54,8 @@ TEST(G723MultiPulse, TrialsOfTheTraces)
             const auto lag = static_cast<std::size_t>(f.lag[k / 2]);
             for (int train = 0; train < (lag < 58 ? 2 : 1); ++train) {
                 const PulseProblem p =
-                    pulseProblem(zsp::spanOf<60>(target.data()), zsp::spanOf<60>(response.data()),
-                                 count, train ? lag : 60);
+                    pulseProblemScalar(zsp::spanOf<60>(target.data()),
+                                       zsp::spanOf<60>(response.data()), count, train ? lag : 60);
                 for (std::size_t grid = 0; grid < 2; ++grid)
                     for (std::size_t s = 0; s < 4; ++s, ++trial) {
                         const auto want = t.longs("mlq_trial", trial);
@@ -76,6 +76,34 @@ TEST(G723MultiPulse, TrialsOfTheTraces)
         trials += trial;
     }
     EXPECT_GT(trials, 200u);
+}
+
+TEST(G723MultiPulse, FastFormsEqualDefinitions)
+{
+    Samples samples(17);
+    for (int round = 0; round < 4000; ++round) {
+        const std::string what = "round " + std::to_string(round);
+        const Words target = anyWords(samples, 60, round),
+                    response = anyWords(samples, 60, round / 8);
+        const std::size_t count = round % 2 == 0 ? 6 : 5;
+        const auto period = static_cast<std::size_t>(18 + samples.below(43));
+        const In<60> x(target.data(), 60), r(response.data(), 60);
+        const PulseProblem p = pulseProblemScalar(x, r, count, period);
+        const PulseProblem fast = pulseProblemAvx2(x, r, count, period);
+        expectEqual(fast.response, p.response, what);
+        expectEqual(fast.corr, p.corr, what);
+        expectEqual(fast.cross, p.cross, what);
+        const PulseTrials trials(p);
+        for (std::size_t grid = 0; grid < 2; ++grid)
+            for (const std::size_t gain : {0u, 7u, 15u, 19u, 23u}) {
+                const PulseStart start = pulseStart(p, grid);
+                const Pulses want = placePulsesScalar(p, start.place, kFixedGain[gain]);
+                const Pulses got = trials.place(start.place, kFixedGain[gain]);
+                expectEqual(got.places, want.places, what);
+                expectEqual(got.amplitudes, want.amplitudes, what);
+                ASSERT_EQ(trials.measure(want), pulseMeasureScalar(p, want)) << what;
+            }
+    }
 }
 
 } // namespace

@@ -38,4 +38,15 @@ TEST(G723Pitch, AnImpulseTrainTellsItsPeriodAndNotTwice)
     }
 }
 
+TEST(G723Pitch, FastEqualsDefinition)
+{
+    Samples samples(12);
+    for (int round = 0; round < 1500; ++round) {
+        Words x = anyWords(samples, 145 + 120, round);
+        if (round % 3 != 0) zsp::g723::normalise(x);
+        ASSERT_EQ(zsp::g723::openLoopLagOf(&x[145], true), zsp::g723::openLoopLagOf(&x[145], false))
+            << round;
+    }
+}
+
 } // namespace

@@ -119,6 +119,18 @@ inline bool isActive(const TracedFrame& t)
     return t.has("taming_errors");
 }
 
+/// Words for comparing a fast form with its definition: of any size, at both ends of the range, and
+/// smaller and smaller, which is where the fast forms decide for themselves.
+inline Words anyWords(Samples& samples, std::size_t count, int round)
+{
+    if (round % 8 == 0) return samples.words(count);
+    if (round % 8 == 1) return samples.extremeWords(count);
+    Words words(count);
+    for (auto& x : words)
+        x = static_cast<std::int16_t>(samples.uniform(-32768, 32767) >> (round % 8));
+    return words;
+}
+
 /// A valid frame to begin a contract with.
 inline Argument frameArgument(std::int32_t type = zspG723Rate63)
 {

@@ -1,5 +1,7 @@
 // Adaptive and fixed vectors of G.723.1: the reference's traces and the corners of the codes.
 
+#include "codecs/g723/g723_searches.hpp"
+
 #include "tests/codecs/g723/g723_trace.hpp"
 
 namespace {
@@ -104,6 +106,20 @@ TEST(G723Vectors, ShortLagsRepeatTheLastPeriod)
     for (std::size_t i = 20; i < vector.size(); ++i)
         EXPECT_EQ(vector[i], vector[i - 17]);
     EXPECT_NE(vector, Words(60));
+}
+
+TEST(G723Vectors, FastFiltersEqualTheirDefinition)
+{
+    Samples samples(13);
+    for (int round = 0; round < 4000; ++round) {
+        const Words residual = anyWords(samples, 64, round), taps = anyWords(samples, 5, round / 8);
+        Words want(60), got(60);
+        zsp::g723::filterPeriodScalar(zsp::spanOf<64>(residual.data()), taps.data(),
+                                      zsp::spanOf<60>(want.data()));
+        zsp::g723::filterPeriodFast(zsp::spanOf<64>(residual.data()), taps.data(),
+                                    zsp::spanOf<60>(got.data()));
+        expectEqual(got, want, "round " + std::to_string(round));
+    }
 }
 
 } // namespace

@@ -106,4 +106,46 @@ TEST(G723Weighting, HarmonicFilterOfTheTrace)
     }
 }
 
+TEST(G723Weighting, FastFormsEqualDefinitions)
+{
+    using namespace zsp::g723;
+    Samples samples(15);
+    const Words corr = {24174, 21694, 17334,  11786,  4823,  -1473,
+                        -6583, -9392, -10755, -11411, -10465};
+    for (int round = 0; round < 4000; ++round) {
+        const std::string what = "round " + std::to_string(round);
+        Words lpc = anyWords(samples, 10, round), coefs(20);
+        std::int16_t error = 0, reflection = 0;
+        if (round % 2 == 0)
+            zspsLevinsonDurbin_G723_16s(corr.data(), lpc.data(), &error, &reflection);
+        zspsWeightingCoefs_G723_16s(lpc.data(), coefs.data());
+        const In<10> a(lpc.data(), 10);
+        const In<20> w(coefs.data(), 20);
+        const Harmonic h{static_cast<std::int16_t>(1 + samples.below(145)),
+                         static_cast<std::int16_t>(samples.below(10241))};
+        const Words x = anyWords(samples, 60, round / 3);
+        const In<60> in(x.data(), 60);
+
+        Words want = x, got = x, memory = anyWords(samples, 165, round / 2), memory2 = memory;
+        perceptualWeightingScalar(w, in, zsp::spanOf<60>(want.data()),
+                                  zsp::spanOf<20>(memory.data()));
+        perceptualWeightingFast(w, in, zsp::spanOf<60>(got.data()),
+                                zsp::spanOf<20>(memory2.data()));
+        expectEqual(got, want, what);
+        expectEqual(memory2, memory, what);
+        impulseResponseScalar(a, w, h, zsp::spanOf<60>(want.data()));
+        impulseResponseFast(a, w, h, zsp::spanOf<60>(got.data()));
+        expectEqual(got, want, what);
+        want = got = x;
+        subtractRingingScalar(a, w, h, zsp::spanOf<165>(std::as_const(memory).data()),
+                              zsp::spanOf<60>(want.data()));
+        subtractRingingFast(a, w, h, zsp::spanOf<165>(std::as_const(memory).data()),
+                            zsp::spanOf<60>(got.data()));
+        expectEqual(got, want, what);
+        updateRingingScalar(a, w, in, zsp::spanOf<165>(memory.data()));
+        updateRingingFast(a, w, in, zsp::spanOf<165>(memory2.data()));
+        expectEqual(memory2, memory, what);
+    }
+}
+
 } // namespace

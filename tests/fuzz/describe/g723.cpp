@@ -180,12 +180,21 @@ std::vector<Description> encoderBlocks()
         {ZSP_DESCRIBED(zspsHighPassFilter_G723_16s),
          {in(arg(2)), out(arg(2)).orIn({0}), length(), inOut(2)},
          {nulls(), outside(2, zspStsSizeErr)}},
-        {ZSP_DESCRIBED(zspsAutoCorr_G723_16s), {in(180), out(11), out(1)}, {nulls()}},
+        {ZSP_DESCRIBED(zspsAutoCorr_G723_16s),
+         {in(180), out(11), out(1)},
+         {nulls()},
+         [](const Word* x, Word* corr, Word* shift) {
+             g723::autoCorrScalar(spanOf<180>(x), spanOf<11>(corr), *shift);
+         }},
         {ZSP_DESCRIBED(zspsLevinsonDurbin_G723_16s), {in(11), out(10), out(1), out(1)}, {nulls()}},
         {ZSP_DESCRIBED(zspsWeightingCoefs_G723_16s), {in(10), out(20)}, {nulls()}},
         {ZSP_DESCRIBED(zspsPerceptualWeighting_G723_16s),
          {in(20), in(60), out(60).orIn({1}), inOut(20)},
-         {nulls()}},
+         {nulls()},
+         [](const Word* coefs, const Word* src, Word* dst, Word* memory) {
+             g723::perceptualWeightingScalar(spanOf<20>(coefs), spanOf<60>(src), spanOf<60>(dst),
+                                             spanOf<20>(memory));
+         }},
         {ZSP_DESCRIBED(zspsOpenLoopPitchSearch_G723_16s),
          {in(385), out(385).orIn({0}), out(2)},
          {nulls()}},
