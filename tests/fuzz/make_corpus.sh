@@ -34,6 +34,13 @@ make_seeds() {
     printf 'alc\n--target\n20\n--max-gain\n12\n--peak\n3\nin.wav\n--\n-out.wav' >"$line/alc"
     printf 'info\n--exports' >"$line/info"
     printf 'codecs\n--names' >"$line/codecs"
+    # The form, then payloads of a frame, of two, of AMR-WB, and without alignment.
+    local bits
+    bits=$(printf 'U%.0s' {1..40})
+    { printf '\2\360\074'; printf '%.31s' "$bits"; } >"$seeds/amr_payload/speech"
+    { printf '\2\060\274\104'; printf '%.36s' "$bits"; } >"$seeds/amr_payload/two"
+    { printf '\3\360\014'; printf '%.23s' "$bits"; } >"$seeds/amr_payload/wide"
+    { printf '\0\363\325'; printf '%.29sT' "$bits"; } >"$seeds/amr_payload/efficient"
     printf '\0\0octet-align=1; mode-set=0,2,4,7; mode-change-period=2\nmode-change-capability=2' \
         >"$seeds/fmtp/amr"
     printf '\1\0mode-change-neighbor=1;max-red=220;channels=1\ncrc=1;robust-sorting=0;interleaving=4' \
