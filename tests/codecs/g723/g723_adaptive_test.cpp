@@ -147,4 +147,23 @@ TEST(G723Adaptive, FastFormsEqualDefinitions)
     }
 }
 
+/// Correlations with the signs of a gain vector give the largest sums that there are, which
+/// saturate with some vectors.
+TEST(G723Adaptive, TheLargestSumsSaturateAlike)
+{
+    using namespace zsp::g723;
+    for (const bool small : {true, false})
+        for (std::size_t i = 0; i < (small ? 85u : 170u); ++i)
+            for (const int size : {32767, 20000}) {
+                Words corr(20);
+                for (std::size_t j = 0; j < corr.size(); ++j)
+                    corr[j] = static_cast<std::int16_t>(gainVector(small, i)[j] < 0 ? -size : size);
+                GainChoice want, got;
+                searchGainsScalar(corr.data(), small, small ? 85 : 170, 0, want);
+                searchGainsAvx2(corr.data(), small, small ? 85 : 170, 0, got);
+                ASSERT_EQ(got.measure, want.measure) << i;
+                ASSERT_EQ(got.index, want.index) << i;
+            }
+}
+
 } // namespace

@@ -96,4 +96,18 @@ TEST(G723Frame, EverythingThatCanBePackedComesBack)
     }
 }
 
+TEST(G723Frame, LagsBeyondTheLastAreDamage)
+{
+    for (const int lag : {123, 124, 127}) {
+        Bytes bytes(20);
+        bytes[0] = 1;
+        bytes[3] = static_cast<std::uint8_t>((lag & 63) << 2);
+        bytes[4] = static_cast<std::uint8_t>(lag >> 6);
+        ZspG723Frame f{};
+        EXPECT_EQ(zspsUnpackFrame_G723_8u(bytes.data(), 20, &f),
+                  lag == 123 ? zspStsNoErr : zspStsCodecRangeErr)
+            << lag;
+    }
+}
+
 } // namespace
