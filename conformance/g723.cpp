@@ -114,10 +114,10 @@ void checkG723(const Vectors& vectors, Checks& checks)
         {"tones", {"63", "53"}},
         {"extreme", {"63", "53"}},
         {"budget", {"53"}}};
-    for (const auto& [signal, modes] : kSignals)
+    for (const auto& [name, modes] : kSignals)
         for (const std::string& mode : modes)
-            checks.add(std::string("encoder, ") + signal + ", " + mode,
-                       [&] { checkEncoder(vectors, signal, mode); });
+            checks.add(std::string("encoder, ") + name + ", " + mode,
+                       [&, signal = name] { checkEncoder(vectors, signal, mode); });
     for (const std::string stream : {"speech.63", "pauses.53dtx", "extreme.53", "lost.63",
                                      "lost.53dtx", "mixed.rates", "lsp.63", "random.all"})
         checks.add("decoder, " + stream, [&] { checkDecoder(vectors, stream, stream); });
