@@ -17,6 +17,7 @@
  * | G.722 | band split and join, encoder, decoder | 144 bytes and a delay line |
  * | G.723.1 | all blocks of encoder and decoder | plain arrays and public records |
  * | G.726 | encoder and decoder at four rates | 88 and 92 bytes |
+ * | G.728 | all blocks of coder, post-filter and concealment | memories of the caller's; 76 bytes |
  * | G.729 | high-pass filter; LSP to LSF | 24 bytes; none |
  * | GSM full rate | the blocks of the coder | the caller's arrays, cleared at the start |
  * | GSM-AMR | two activity detectors, DTX bookkeeping | public records, set up by the caller |
@@ -95,6 +96,9 @@
 #include "zspsc/g723_noise.h"
 #include "zspsc/g723_search.h"
 #include "zspsc/g726.h"
+#include "zspsc/g728.h"
+#include "zspsc/g728_adapt.h"
+#include "zspsc/g728_postfilter.h"
 #include "zspsc/g729.h"
 #include "zspsc/gsmamr_vad.h"
 #include "zspsc/gsmfr.h"

@@ -1,0 +1,129 @@
+// The Levinson-Durbin recursion of G.728 and its bandwidth expansion.
+
+#include "codecs/g728/g728_blocks.hpp"
+
+#include "tests/support/contract.hpp"
+#include "tests/support/samples.hpp"
+#include "tests/support/vectors.hpp"
+#include "zspsc/g728_adapt.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using namespace zsp::test;
+using Words = std::vector<std::int16_t>;
+
+const bool registered = addContracts({
+    Contract(ZSP_NAMED(zspsLevinsonDurbin_G728_16s),
+             {in<std::int16_t>(51), number(10), number(50), out<std::int16_t>(50),
+              out(Words{13, 1000, 0}), out<std::int32_t>(1)})
+        .row({{1, number(-1)}}, zspStsSizeErr)
+        .row({{2, number(51)}}, zspStsSizeErr)
+        .row({{2, number(10)}}, zspStsSizeErr)
+        .row({{4, out(Words{12, 1000, 0})}}, zspStsScaleRangeErr)
+        .row({{4, out(Words{16, 1000, 0})}}, zspStsScaleRangeErr),
+    Contract(ZSP_NAMED(zspsBandwidthExpand_G728_16s),
+             {number(zspG728ExpandErasure), in<std::int16_t>(50), number(15), out<std::int16_t>(50),
+              out<std::int32_t>(1)})
+        .row({{2, number(12)}}, zspStsScaleRangeErr)
+        .row({{2, number(16)}}, zspStsScaleRangeErr)
+        .row({{0, number(7)}}, zspStsCodecRangeErr)
+        .row({{0, number(-1)}}, zspStsCodecRangeErr),
+});
+
+// An autocorrelation that dies out like 0.5^l has one coefficient, and so has every longer filter.
+TEST(G728Levinson, FindsOneCoefficient)
+{
+    Words r(51), a(50), state(3);
+    for (std::size_t l = 0; l < r.size(); ++l)
+        r[l] = static_cast<std::int16_t>(l < 15 ? 16384 >> l : 0);
+    std::int32_t ok = 0;
+    ASSERT_EQ(zspsLevinsonDurbin_G728_16s(r.data(), 0, 50, a.data(), state.data(), &ok),
+              zspStsNoErr);
+    EXPECT_EQ(ok, 1);
+    EXPECT_EQ(state[0], 15);
+    EXPECT_NEAR(state[1], 12288, 8) << "1 - 0.25 of the energy is left";
+    EXPECT_NEAR(a[0], -16384, 8);
+    for (std::size_t i = 1; i < a.size(); ++i)
+        EXPECT_NEAR(a[i], 0, 8) << i;
+}
+
+// Ten orders and then forty give the same as fifty; what fails leaves everything as it was.
+TEST(G728Levinson, CanBeTakenUpAgain)
+{
+    Samples samples(50);
+    int good = 0;
+    for (int round = 0; round < 300; ++round) {
+        Words r = samples.words(51);
+        for (std::size_t l = 1; l < r.size(); ++l)
+            r[l] = static_cast<std::int16_t>(r[l] / (round % 2 ? 40 : 8));
+        r[0] = 32000;
+        Words at_once(50, 7), parts(50, 7), state{1, 2, 3}, stateOfParts{1, 2, 3};
+        std::int32_t ok = 0, first = 0, second = 0;
+        zspsLevinsonDurbin_G728_16s(r.data(), 0, 50, at_once.data(), state.data(), &ok);
+        zspsLevinsonDurbin_G728_16s(r.data(), 0, 10, parts.data(), stateOfParts.data(), &first);
+        if (first)
+            zspsLevinsonDurbin_G728_16s(r.data(), 10, 50, parts.data(), stateOfParts.data(),
+                                        &second);
+        ASSERT_EQ(ok, second);
+        if (!ok) {
+            expectEqual(at_once, Words(50, 7), "coefficients of a bad recursion");
+            expectEqual(state, Words{1, 2, 3}, "state of a bad recursion");
+            continue;
+        }
+        ++good;
+        expectEqual(parts, at_once, "coefficients");
+        expectEqual(stateOfParts, state, "state");
+    }
+    EXPECT_GT(good, 50);
+    EXPECT_LT(good, 300);
+}
+
+// Correlations that go all the way, that fail on the way, and that need their coefficients halved,
+// in all of which the lanes give way to the definition at times.
+TEST(G728Levinson, Avx2EqualsDefinition)
+{
+    using namespace zsp::g728;
+    Samples samples(51);
+    int good = 0, halved = 0;
+    for (int round = 0; round < 20000; ++round) {
+        Words r = samples.words(51);
+        if (round % 8) { // a decaying wave with some noise
+            const double fade = 3.0 + samples.below(60);
+            const double turn = samples.below(1000) / 318.3;
+            for (std::size_t l = 0; l < r.size(); ++l) {
+                const auto t = static_cast<double>(l);
+                r[l] = static_cast<std::int16_t>(32000 * std::exp(-t / fade) * std::cos(turn * t) +
+                                                 r[l] / 4096.0);
+            }
+            r[0] = static_cast<std::int16_t>(32000 + samples.below(767));
+        }
+        Predictor want, got;
+        want.a.fill(7);
+        got = want;
+        for (const auto& [from, to] : {std::pair{0, 10}, {10, 50}}) {
+            const auto words = std::span(r).first(static_cast<std::size_t>(to) + 1);
+            const bool isGood = levinsonScalar(words, from, to, want);
+            ASSERT_EQ(levinsonAvx2(words, from, to, got), isGood) << round;
+            expectEqual(got.a, want.a, "round " + std::to_string(round));
+            ASSERT_EQ(got.q, want.q) << round;
+            ASSERT_EQ(got.alpha, want.alpha) << round;
+            ASSERT_EQ(got.reflection, want.reflection) << round;
+            if (!isGood) break;
+            good += to == 50;
+            halved += to == 50 && want.q < 15;
+        }
+    }
+    EXPECT_GT(good, 2000);
+    EXPECT_GT(halved, 500);
+    EXPECT_LT(good, 19000);
+}
+
+} // namespace
