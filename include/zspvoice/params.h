@@ -35,7 +35,7 @@ typedef struct ZspvParams {
     int32_t maxRed;               /**< AMR, AMR-WB: ms of redundancy; 0 no limit, -1 none */
     int32_t channels;             /**< AMR, AMR-WB: 0 means 1 */
     int32_t noHighPass;           /**< G.723.1: nonzero: the encoder leaves its input filter out */
-    int32_t noPostFilter;         /**< G.723.1: nonzero: the decoder leaves its post-filters out */
+    int32_t noPostFilter;         /**< G.723.1, G.728: nonzero: no post-filters in the decoder */
 } ZspvParams;
 
 /**

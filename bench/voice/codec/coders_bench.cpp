@@ -1,5 +1,5 @@
-// Packets of speech, 20 or 30 ms as the codec is used, through every codec: encoded, decoded,
-// concealed; and comfort noise.
+// Speech through every codec, packets of 20 ms or single frames: encoded, decoded, concealed; and
+// comfort noise.
 
 #include "bench/support/speech.hpp"
 #include "bench/support/versions.hpp"
@@ -13,9 +13,12 @@ namespace {
 
 using zsp::bench::Blocks;
 
+/// 20 ms, or what a codec takes that wants single frames.
 std::size_t packetSamples(const ZspvCodec* codec)
 {
-    return static_cast<std::size_t>(codec->sampleRate / 1000 * codec->defaultPacketMs);
+    if (codec->stepSamples == codec->frameSamples)
+        return static_cast<std::size_t>(codec->frameSamples);
+    return static_cast<std::size_t>(codec->sampleRate / 50);
 }
 
 std::vector<std::int16_t> speechFor(const ZspvCodec* codec)

@@ -163,7 +163,8 @@ TEST(Coders, ConcealAnyNumberOfTimes)
         const auto decoder = makeDecoder(codec);
         // The concealment of a standard fades by its own rule, to a frame of very low level.
         const bool own = (codec->flags & zspvCodecConceals) != 0;
-        const int fading = own ? 20 : 6; // frames of 20 and 10 ms
+        // 400 ms, and 60 ms of others, in frames.
+        const int fading = codec->sampleRate * (own ? 400 : 60) / 1000 / codec->frameSamples;
         const auto isSilence = [own](const Words& heard) {
             return own ? zsp::signals::levelDbfs(heard) < -65 : heard == Words(heard.size());
         };
