@@ -22,8 +22,8 @@ extern "C" {
  *
  * What holds for all of them:
  *
- *  - The newest sample stands first, in vectors, memories and histories alike. To push samples means
- *    to put them in front; the oldest fall out. The caller keeps memories and histories.
+ *  - The newest sample stands first, in vectors, memories and histories alike. To push samples
+ * means to put them in front; the oldest fall out. The caller keeps memories and histories.
  *  - Numbers are block floating point. A vector of six words is five mantissas and then their Q, a
  *    scalar of two words a mantissa and its Q; the value is mantissa / 2^Q. A Q that is taken must
  *    be in -64..64; the coder itself stays in -21..43.

@@ -48,8 +48,8 @@ typedef enum ZspG728Expansion {
  *   R[l] = (1 - 2^-d) R[l] + sum(w[n] w[n+l], n = M..M+N-1)
  *   dst[l] = R[l] + sum(w[n] w[n+l], n = 0..M-1), and a 257th more at lag 0
  *
- * d, M and N are 2, 35, 20 for the synthesis filter, 1, 30, 20 for the weighting filter and 2, 20, 4
- * for the log gain.
+ * d, M and N are 2, 35, 20 for the synthesis filter, 1, 30, 20 for the weighting filter and 2, 20,
+ * 4 for the log gain.
  *
  * @param         window      one of ::ZspG728Window
  * @param[in]     src         105 mantissas of 21 vectors, 60 samples or 34 log gains, newest first

@@ -14,10 +14,11 @@ extern "C" {
 /**
  * @defgroup zspsc_g728_postfilter G.728 post-filter and concealment
  *
- * What a decoder adds to zspsc/g728.h, whose conventions hold here as well. Each vector goes through
- * zspsInverseFilter_G728_16s() and zspsPostFilter_G728_16s(). After the inverse filter of vector 2
- * the pitch is sought and the long-term coefficients follow; the short-term ones are made after
- * vector 3 from the synthesis filter's recursion at order 10. Samples are in Q2, twice too small.
+ * What a decoder adds to zspsc/g728.h, whose conventions hold here as well. Each vector goes
+ * through zspsInverseFilter_G728_16s() and zspsPostFilter_G728_16s(). After the inverse filter of
+ * vector 2 the pitch is sought and the long-term coefficients follow; the short-term ones are made
+ * after vector 3 from the synthesis filter's recursion at order 10. Samples are in Q2, twice too
+ * small.
  *
  * Lost frames (Annex I): the excitation of the last 140 samples, in Q2, is repeated with the
  * post-filter's pitch or, where there is none, in random order. zspsErasureSetup_G728_16s() says at
@@ -42,7 +43,8 @@ ZSPSC_API ZspStatus zspsInverseFilter_G728_16s(const int16_t* lpc, const int16_t
 /**
  * Find the pitch period, once for every 20 samples.
  *
- * @param[in]     src        240 samples of the residual, the last 20 of them new; at the start zeros
+ * @param[in]     src        240 samples of the residual, the last 20 of them new; at the start
+ * zeros
  * @param[in,out] decimated  60 samples of the filtered residual at 2 kHz, five of which are pushed;
  *                           at the start zeros
  * @param[in,out] lowpass    3 words, the filter's memory; at the start zeros
@@ -58,7 +60,8 @@ ZSPSC_API ZspStatus zspsPitchSearch_G728_16s(const int16_t* src, int16_t* decima
  * The coefficients of the post-filter's long-term part.
  *
  * dst is three words: the gain of the sample itself in Q14, the gain of the sample a pitch period
- * before in Q16 (at the start 16384 and 0), and the measured tap in Q14, which concealment asks for.
+ * before in Q16 (at the start 16384 and 0), and the measured tap in Q14, which concealment asks
+ * for.
  *
  * @param[in]  src    240 samples of the past in Q0, as zspsPostFilter_G728_16s() keeps them
  * @param      pitch  20..140
@@ -73,7 +76,8 @@ ZSPSC_API ZspStatus zspsLongTermPostFilterCoefs_G728_16s(const int16_t* src, int
 /**
  * The coefficients of the inverse filter and of the post-filter's short-term part.
  *
- * dst is 21 words in Q14: ten of the recursive part, ten of the other, the tilt; at the start zeros.
+ * dst is 21 words in Q14: ten of the recursive part, ten of the other, the tilt; at the start
+ * zeros.
  *
  * @param[in]  lpc         10 coefficients in Q q
  * @param      q           13, 14 or 15
@@ -116,15 +120,16 @@ ZSPSC_API ZspStatus zspsPostFilter_G728_16s(const int16_t* src, int16_t* past, i
  * @param         tap    as zspsLongTermPostFilterCoefs_G728_16s() has measured it, Q14
  * @param         pitch  20..140
  * @param[in]     past   140 samples of the excitation, Q2; at the start zeros
- * @param[in,out] delay  one word, -1..135. Phase 0: pitch - 5 where tap is above 7022 (voiced), else
- *                       -1. Other phases leave it
+ * @param[in,out] delay  one word, -1..135. Phase 0: pitch - 5 where tap is above 7022 (voiced),
+ * else -1. Other phases leave it
  * @param[in,out] mean   a scalar. Phase 0: the magnitude of five samples, in the mean over the last
  *                       40. Other phases leave it
- * @param[out]    scale  a scalar: what the repeated excitation is multiplied by (voiced), or what the
- *                       magnitudes of five samples are to add up to; 0 where it has faded
+ * @param[out]    scale  a scalar: what the repeated excitation is multiplied by (voiced), or what
+ * the magnitudes of five samples are to add up to; 0 where it has faded
  * @retval zspStsNullPtrErr     past, delay, mean or scale is null
  * @retval zspStsScaleRangeErr  phase is not 0 and the mean's Q outside -64..64
- * @retval zspStsCodecRangeErr  pitch is outside 20..140, or phase is not 0 and delay outside -1..135
+ * @retval zspStsCodecRangeErr  pitch is outside 20..140, or phase is not 0 and delay outside
+ * -1..135
  * @retval zspStsRangeErr       phase < 0
  * @see ITU-T G.728, Annex I
  */
@@ -156,8 +161,8 @@ ZSPSC_API ZspStatus zspsErasedExcitationInit_G728_16s(void* state);
  * @param[in]     past     140 samples of the excitation, Q2
  * @param[in,out] state    as initialised
  * @param[out]    dst      a vector
- * @param[out]    logGain  one word, its log gain in Q9 less 32 dB, which stands in for the predicted
- *                         one and is itself pushed to the log gains
+ * @param[out]    logGain  one word, its log gain in Q9 less 32 dB, which stands in for the
+ * predicted one and is itself pushed to the log gains
  * @retval zspStsNullPtrErr     scale, past, state, dst or logGain is null
  * @retval zspStsScaleRangeErr  the scale's Q is outside -64..64
  * @retval zspStsCodecRangeErr  delay is outside -1..135
