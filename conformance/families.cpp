@@ -11,6 +11,7 @@ std::span<const Family> families()
         {"G.726", "ITU-T G.726", {"g726"}, checkG726},
         {"G.722", "ITU-T G.722", {"g722"}, checkG722},
         {"G.723.1", "ITU-T G.723.1", {"g723"}, checkG723},
+        {"G.728", "ITU-T G.728", {"g728"}, checkG728},
         {"GSM full rate", "ETSI GSM 06.10", {"gsmfr"}, checkGsmFullRate},
         {"GSM-AMR", "3GPP TS 26.093, 26.094", {"gsmamr"}, checkGsmAmr},
         {"AMR-WB", "3GPP TS 26.173, 26.194", {"amrwb"}, checkAmrWb},

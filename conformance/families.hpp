@@ -28,6 +28,7 @@ void checkG711(const Vectors& vectors, Checks& checks);
 void checkG722(const Vectors& vectors, Checks& checks);
 void checkG723(const Vectors& vectors, Checks& checks);
 void checkG726(const Vectors& vectors, Checks& checks);
+void checkG728(const Vectors& vectors, Checks& checks);
 void checkG729(const Vectors& vectors, Checks& checks);
 void checkGsmFullRate(const Vectors& vectors, Checks& checks);
 void checkGsmAmr(const Vectors& vectors, Checks& checks);

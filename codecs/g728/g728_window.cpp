@@ -103,13 +103,12 @@ ZspStatus zspsHybridWindow_G728_16s(std::int32_t window, const std::int16_t* src
                                     std::int16_t* recursionQ, std::int16_t* dst, std::int32_t* ok)
 {
     if (!src || !srcQ || !recursion || !recursionQ || !dst || !ok) return zspStsNullPtrErr;
-    if (*recursionQ < -256 || *recursionQ > 256) return zspStsScaleRangeErr;
     if (window < zspG728WindowSynthesis || window > zspG728WindowLogGain)
         return zspStsCodecRangeErr;
-    const bool hasVectors = window == zspG728WindowSynthesis;
-    if (hasVectors && !std::all_of(srcQ, srcQ + kMostWindow / kVector, hasQ))
-        return zspStsScaleRangeErr;
+    if (*recursionQ < -256 || *recursionQ > 256) return zspStsScaleRangeErr;
+    if (!std::all_of(srcQ, srcQ + kMostWindow / kVector, hasQ)) return zspStsScaleRangeErr;
 
+    const bool hasVectors = window == zspG728WindowSynthesis;
     const WindowShape& shape = windowShape(window);
     const std::size_t length = shape.window.size(), lags = shape.lags;
     std::array<Word, kMostWindow> windowed;

@@ -53,16 +53,16 @@ typedef enum ZspG728Expansion {
  *
  * @param         window      one of ::ZspG728Window
  * @param[in]     src         105 mantissas of 21 vectors, 60 samples or 34 log gains, newest first
- * @param[in]     srcQ        synthesis filter: 21 Qs of the vectors; others: not read
+ * @param[in]     srcQ        21 Qs of the vectors; other windows have no use for them
  * @param[in,out] recursion   R, 51 or 11 words; at the start zeros
  * @param[in,out] recursionQ  their Q, -256..256; at the start 31. The weighting filter's is lowered
  *                            to 41 where it is higher
  * @param[out]    dst         51 or 11 words in a Q of their own
  * @param[out]    ok          1, or 0 where the last lag is too small to go on with
  * @retval zspStsNullPtrErr     src, srcQ, recursion, recursionQ, dst or ok is null
- * @retval zspStsScaleRangeErr  recursionQ is outside -256..256
  * @retval zspStsCodecRangeErr  window is none of the three
- * @retval zspStsScaleRangeErr  synthesis filter: one of the 21 Qs is outside -64..64
+ * @retval zspStsScaleRangeErr  recursionQ is outside -256..256, or one of the 21 Qs outside
+ *                              -64..64
  * @see ITU-T G.728, blocks 36, 43 and 49
  */
 ZSPSC_API ZspStatus zspsHybridWindow_G728_16s(int32_t window, const int16_t* src,

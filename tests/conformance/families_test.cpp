@@ -67,6 +67,7 @@ TEST(Conformance, WhatIsWrongFails)
         {"G.729", "math/invsqrt.out.s32"},
         {"level control", "alc/levels.states.bin"},
         {"G.723.1", "g723/lost.53dtx.out.pcm"},
+        {"G.728", "g728/random.nopf.pcm"},
         {"GSM full rate", "gsmfr/speech.out.pcm"},
     };
     for (const Case& c : kCases) {

@@ -1,7 +1,10 @@
 // The synthesis filter of G.728.
 
 #include "tests/support/contract.hpp"
+#include "tests/support/vectors.hpp"
 #include "zspsc/g728.h"
+
+#include <gtest/gtest.h>
 
 #include <cstdint>
 #include <vector>
@@ -32,5 +35,12 @@ const bool registered = addContracts({
         .row({{1, number(-65)}}, zspStsScaleRangeErr)
         .row({{2, out(vector(65))}}, zspStsScaleRangeErr),
 });
+
+TEST(G728Synthesis, WholeCodersConform)
+{
+    expectConforms("G.728", 14, "encoder, ");
+    expectConforms("G.728", 28, "decoder, ");
+    expectConforms("G.728", 5, "every block");
+}
 
 } // namespace

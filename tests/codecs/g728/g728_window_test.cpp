@@ -22,10 +22,10 @@ const bool registered = addContracts({
     Contract(ZSP_NAMED(zspsHybridWindow_G728_16s),
              {number(zspG728WindowSynthesis), in<std::int16_t>(105), in(Words(21, -64)),
               out<std::int16_t>(51), out(Words{256}), out<std::int16_t>(51), out<std::int32_t>(1)})
-        .row({{4, out(Words{257})}}, zspStsScaleRangeErr)
-        .row({{4, out(Words{-257})}}, zspStsScaleRangeErr)
         .row({{0, number(3)}}, zspStsCodecRangeErr)
         .row({{0, number(-1)}}, zspStsCodecRangeErr)
+        .row({{4, out(Words{257})}}, zspStsScaleRangeErr)
+        .row({{4, out(Words{-257})}}, zspStsScaleRangeErr)
         .row({{2, in(Words(21, 65))}}, zspStsScaleRangeErr),
 });
 

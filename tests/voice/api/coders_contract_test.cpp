@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstddef>
-
 namespace {
 
 using namespace zsp::test;

@@ -163,8 +163,8 @@ TEST(Coders, ConcealAnyNumberOfTimes)
         const auto decoder = makeDecoder(codec);
         // The concealment of a standard fades by its own rule, to a frame of very low level.
         const bool own = (codec->flags & zspvCodecConceals) != 0;
-        // 400 ms, and 60 ms of others, in frames.
-        const int fading = codec->sampleRate * (own ? 400 : 60) / 1000 / codec->frameSamples;
+        // Frames: of 10 ms, or of a standard's own length, but 400 ms at least.
+        const int fading = own ? std::max(20, 3200 / codec->frameSamples) : 6;
         const auto isSilence = [own](const Words& heard) {
             return own ? zsp::signals::levelDbfs(heard) < -65 : heard == Words(heard.size());
         };
