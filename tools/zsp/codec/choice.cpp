@@ -3,6 +3,7 @@
 #include "tools/zsp/codec/choice.hpp"
 
 #include "tools/zsp/cli/values.hpp"
+#include "tools/zsp/codec/g728_container.hpp"
 #include "tools/zsp/io/audio_format.hpp"
 
 #include <algorithm>
@@ -51,7 +52,7 @@ std::vector<const ZspvCodec*> codecsNamed(const std::string& name)
 
 std::vector<const ZspvCodec*> codecsByExtension(const std::string& path)
 {
-    const std::string extension = lowerExtension(path);
+    const std::string extension = hasG728ContainerName(path) ? ".g728" : lowerExtension(path);
     return selected([&extension](const ZspvCodec& codec) {
         return extension == "." + std::string(codec.fileExtension);
     });

@@ -9,11 +9,13 @@
 
 namespace zsp::host {
 
-/// A row of the library's table, one of its bit rates, and whether an encoder may stop sending.
+/// A row of the library's table, one of its bit rates, whether an encoder may stop sending, and
+/// whether a decoder filters at its end.
 struct CodecSetting {
     const ZspvCodec* codec;
     std::int32_t bitRate;
     bool dtx = false;
+    bool postFilter = true;
 };
 
 /// All rows, in the library's order.

@@ -2,6 +2,7 @@
 
 #include "tools/zsp/codec/coded_file.hpp"
 
+#include "tools/zsp/codec/g728_container.hpp"
 #include "tools/zsp/codec/gsm_pairs.hpp"
 #include "tools/zsp/io/audio_format.hpp"
 #include "tools/zsp/io/failure.hpp"
@@ -148,7 +149,7 @@ void CodedInput::refuseOthers()
     const auto head = file_.peek(256);
     const std::string_view bytes(reinterpret_cast<const char*>(head.data()), head.size());
     for (const Magic& other : kOthers)
-        if (bytes.starts_with(other.bytes))
+        if (bytes.starts_with(other.bytes) && !hasG728ContainerName(path()))
             throw Failure(path(), std::string("is ") + other.name + ", not coded speech");
     if (isText(head)) throw Failure(path(), "is text, not coded speech");
 }

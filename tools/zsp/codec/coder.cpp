@@ -24,6 +24,7 @@ ZspvParams paramsOf(const CodecSetting& setting)
     params.structSize = sizeof params;
     params.bitRate = setting.bitRate;
     params.dtx = setting.dtx;
+    params.noPostFilter = setting.postFilter ? 0 : 1;
     return params;
 }
 
@@ -171,6 +172,16 @@ void SpeechDecoder::decodeBlock(std::span<const std::uint8_t> bytes,
                       setting_.codec->rtpName);
     require(status, "zspvDecode");
     samples.resize(start + toSize(count));
+}
+
+void SpeechDecoder::conceal(std::vector<std::int16_t>& samples)
+{
+    const std::size_t start = samples.size();
+    samples.resize(start + toSize(setting_.codec->frameSamples));
+    std::int32_t count = 0;
+    require(
+        zspvConceal(decoder_.get(), samples.data() + start, setting_.codec->frameSamples, &count),
+        "zspvConceal");
 }
 
 std::size_t SpeechDecoder::finish(std::vector<std::int16_t>& samples)

@@ -4,6 +4,7 @@
 #include "tools/zsp/codec/coded_file.hpp"
 #include "tools/zsp/codec/coder.hpp"
 #include "tools/zsp/codec/g726_words.hpp"
+#include "tools/zsp/codec/g728_container.hpp"
 #include "tools/zsp/codec/packing.hpp"
 #include "tools/zsp/commands/commands.hpp"
 #include "tools/zsp/io/audio.hpp"
@@ -23,6 +24,7 @@ struct CodingOptions {
     std::optional<Encoding> law;         // of the samples to write
     bool unpacked = false;
     bool dtx = false;
+    std::optional<bool> postFilter;
 };
 
 /// Bits of a code word where code words are dealt with one by one; throws for other codecs.
@@ -33,6 +35,17 @@ int wordBits(const CodingOptions& options, const CodecSetting& setting)
         throw UsageError("--unpacked: is for G.726, not for " +
                          std::string(setting.codec->rtpName));
     return bits;
+}
+
+/// What a decoder does; throws for an option that the codec does not have.
+CodecSetting decoderSetting(const CodingOptions& options, CodecSetting setting)
+{
+    if (!options.postFilter) return setting;
+    if (std::string_view(setting.codec->family) != "g728")
+        throw UsageError("--postfilter: is for G.728, not for " +
+                         std::string(setting.codec->rtpName));
+    setting.postFilter = *options.postFilter;
+    return setting;
 }
 
 Packing packingOf(const CodingOptions& options, const CodecSetting& setting)
@@ -58,6 +71,7 @@ void encode(const CodingOptions& options, const Files& files)
     OutputFile output(files.output);
     Progress progress("encode", input.total());
 
+    const bool isContainer = isG728Container(setting, files.output);
     std::vector<std::int16_t> samples(static_cast<std::size_t>(rate)); // a second
     std::vector<std::uint8_t> bytes, words;
     std::uint64_t done = 0, written = 0;
@@ -66,7 +80,9 @@ void encode(const CodingOptions& options, const Files& files)
         bytes.clear();
         encoder.encode(std::span(samples).first(count), bytes);
         if (count < samples.size()) encoder.finish(bytes);
+        const bool isFirst = done == 0;
         progress.update(done += count);
+        if (isContainer) bytes = g728Contained(bytes, isFirst);
         if (!options.unpacked) {
             output.write(bytes);
             continue;
@@ -84,17 +100,27 @@ void encode(const CodingOptions& options, const Files& files)
 class Sink {
   public:
     Sink(const CodingOptions& options, const CodedInput& input, const std::string& path)
-        : setting_(input.setting()), bits_(wordBits(options, setting_)),
+        : setting_(decoderSetting(options, input.setting())), bits_(wordBits(options, setting_)),
           writer_(path, options.format, options.law, setting_.codec->sampleRate),
           law_(writer_.encoding()), unpacked_(options.unpacked),
           byWords_(bits_ > 0 && (options.unpacked || law_ != Encoding::linear)),
           unpacker_(packingOf(options, setting_), bits_), decoder_(setting_)
     {
         if (byWords_) wordDecoder_.emplace(bits_, law_);
+        if (isG728Container(setting_, input.path())) container_.emplace(input.path());
     }
 
     void decode(std::span<const std::uint8_t> bytes)
     {
+        if (container_) {
+            container_->take(bytes, [this](std::span<const std::uint8_t> frame) {
+                if (!frame.empty()) return decoder_.decode(frame, samples_);
+                if (!setting_.postFilter)
+                    throw Failure("a frame is lost, and concealment needs --postfilter on");
+                decoder_.conceal(samples_);
+            });
+            return flush();
+        }
         if (!byWords_) {
             decoder_.decode(bytes, samples_);
             return flush();
@@ -119,6 +145,7 @@ class Sink {
                                     countOf(stepBytes(*setting_.codec), "byte") + "; is this " +
                                     setting_.codec->rtpName + "?");
         }
+        if (container_) container_->finish();
         flush();
         if (written_ == 0) throw Failure(path, "holds no whole code word");
         writer_.commit();
@@ -145,6 +172,7 @@ class Sink {
     Unpacker unpacker_;
     SpeechDecoder decoder_;
     std::optional<G726WordDecoder> wordDecoder_;
+    std::optional<G728ContainerReader> container_;
     std::vector<std::uint8_t> words_, codes_;
     std::vector<std::int16_t> samples_;
     std::uint64_t written_ = 0;
@@ -238,6 +266,10 @@ Command decodeCommand()
          takeChoice<std::optional<Encoding>>(
              {{"linear", Encoding::linear}, {"mu", Encoding::muLaw}, {"a", Encoding::aLaw}},
              options->law)});
+    command.options.push_back(
+        {"--postfilter", 0, "on|off",
+         "G.728: the filter at the decoder's end (default: on); lost frames need it",
+         takeChoice<std::optional<bool>>({{"on", true}, {"off", false}}, options->postFilter)});
     command.examples = "  zsp decode speech.g722 speech.wav\n"
                        "  zsp decode --rate 24 speech.g726 speech.flac\n"
                        "  zsp decode --codec g722 - - <speech.raw | play -t au -\n";
