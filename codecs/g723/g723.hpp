@@ -24,7 +24,7 @@ constexpr bool usesSmallBook(std::int32_t type, Word pairLag) noexcept
 bool adaptiveFits(const ZspG723Frame& f, std::size_t subframe) noexcept;
 
 /// The same of all that a fixed vector is made from.
-bool fixedFits(const ZspG723Frame& f, std::size_t subframe) noexcept;
+bool fixedFits(const ZspG723Frame& f, std::size_t i) noexcept;
 
 /// Whether what a frame of its type says is what bits can say.
 bool framePacks(const ZspG723Frame& f) noexcept;

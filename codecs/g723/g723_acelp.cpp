@@ -144,8 +144,8 @@ Best searchTracks(const Correlated& d, const Word* corr, Word& budget) noexcept
     const auto pair = [&](std::size_t a, std::size_t b) {
         return corr[pairAt(a, b) + kPlaces * k[a] + k[b]];
     };
-    for (k[0] = 0; k[0] < kPlaces && left > 0; ++k[0])
-        for (k[1] = 0; k[1] < kPlaces && left > 0; ++k[1])
+    for (k[0] = 0; k[0] < kPlaces && left > 0; ++k[0]) {
+        for (k[1] = 0; k[1] < kPlaces && left > 0; ++k[1]) {
             for (k[2] = 0; k[2] < kPlaces && left > 0; ++k[2]) {
                 const auto sumOf = [&](std::size_t grid) {
                     return fx::add(fx::add(d[placeOf(0, k[0]) + grid], d[placeOf(1, k[1]) + grid]),
@@ -164,6 +164,8 @@ Best searchTracks(const Correlated& d, const Word* corr, Word& budget) noexcept
                 tryFourth(d, corr, k, three, sum, grid, best);
                 --left;
             }
+        }
+    }
     budget = left;
     return best;
 }

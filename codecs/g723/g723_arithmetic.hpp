@@ -5,6 +5,7 @@
 #include "core/spans.hpp"
 
 #include <algorithm>
+#include <cassert>
 #include <cstddef>
 #include <span>
 
@@ -32,6 +33,7 @@ constexpr Long mls(Long a, Word b) noexcept
 /// Quotient of a long >= 0 and the upper word d > 0 of a divisor, Q15; at most 32767.
 constexpr Word div_l(Long a, Word d) noexcept
 {
+    assert(d > 0);
     return a >= std::int64_t{d} * 65536 ? fx::kMax16 : static_cast<Word>((a >> 1) / d);
 }
 static_assert(div_l(65536, 2) == 16384 && div_l(131072, 2) == 32767);

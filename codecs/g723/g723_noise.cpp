@@ -85,7 +85,7 @@ void drawSigns(Word& seed, PulseTrain& train) noexcept
     int v = number(seed, 8192);
     train.grids[0] = static_cast<std::size_t>(v & 1);
     v >>= 1;
-    train.grids[1] = static_cast<std::size_t>(60 + (v & 1));
+    train.grids[1] = 60 + static_cast<std::size_t>(v & 1);
     for (Word& sign : train.signs) {
         sign = static_cast<Word>(((v & 2) - 1) * 16384);
         v >>= 1;

@@ -19,6 +19,8 @@ P bind(const Bound& b)
 {
     if constexpr (std::is_pointer_v<P>)
         return static_cast<P>(b.pointer);
+    else if constexpr (std::is_enum_v<P>) // whatever its values are, as from C
+        return static_cast<P>(static_cast<int>(b.number));
     else
         return static_cast<P>(b.number);
 }
