@@ -23,7 +23,6 @@ Vector scaleCodevector(int index, Scalar gain) noexcept;
 
 /// `history` is ten vectors, `q` theirs.
 Vector zeroInputScalar(In<kLong> a, In<kLong> history, In<kShort> q) noexcept;
-Vector zeroInputAvx2(In<kLong> a, In<kLong> history, In<kShort> q) noexcept;
 /// Halves the excitation until the response has room. Of `a` the first four count.
 void zeroState(In<4> a, Vector& excitation, Out<kVector> response) noexcept;
 /// What the synthesis filter gives: `s` is its zero-input response before.
@@ -32,7 +31,6 @@ void addResponses(In<kVector> zeroState, int q, Vector& s) noexcept;
 // Weighting and target: blocks 4, 10, 11 and 16.
 
 void weightScalar(In<kShort> zero, In<kShort> pole, In<15> src, Out<kShort> memory) noexcept;
-void weightAvx2(In<kShort> zero, In<kShort> pole, In<15> src, Out<kShort> memory) noexcept;
 /// Adds the weighted zero-state response to the memory of the zero-input side.
 void weightZeroState(In<kShort> zero, In<kShort> pole, In<kVector> response, int q,
                      Out<kShort> memory) noexcept;
@@ -122,19 +120,12 @@ struct PostMemory {
 
 void inverseFilterScalar(In<kShort> a_Q13, In<kVector> src, Out<kShort> memory,
                          Out<kVector> dst) noexcept;
-void inverseFilterAvx2(In<kShort> a_Q13, In<kVector> src, Out<kShort> memory,
-                       Out<kVector> dst) noexcept;
 bool shortTermCoefs(const Predictor& p, Out<kShort> inverse_Q13, ShortTerm& coefs) noexcept;
 int searchPitchScalar(In<kPast> residual, Out<kDecimated> decimated, Out<3> lowpass,
                       int old) noexcept;
-int searchPitchAvx2(In<kPast> residual, Out<kDecimated> decimated, Out<3> lowpass,
-                    int old) noexcept;
 LongTerm longTermCoefsScalar(In<kPast> past, int pitch) noexcept;
-LongTerm longTermCoefsAvx2(In<kPast> past, int pitch) noexcept;
 void postFilterScalar(In<kVector> src, Out<kPast> past, int pitch, const LongTerm& longTerm,
                       const ShortTerm& shortTerm, PostMemory& memory, Out<kVector> dst) noexcept;
-void postFilterAvx2(In<kVector> src, Out<kPast> past, int pitch, const LongTerm& longTerm,
-                    const ShortTerm& shortTerm, PostMemory& memory, Out<kVector> dst) noexcept;
 
 // Concealment: Annex I.
 
