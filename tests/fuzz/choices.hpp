@@ -30,7 +30,7 @@ class Choices {
         if (!fromBytes_) return static_cast<T>(next() >> (64 - std::numeric_limits<T>::digits));
         T value = 0;
         const std::size_t count = std::min(sizeof(T), bytes_.size());
-        std::memcpy(&value, bytes_.data(), count);
+        if (count > 0) std::memcpy(&value, bytes_.data(), count); // an empty span has no address
         bytes_ = bytes_.subspan(count);
         return value;
     }
