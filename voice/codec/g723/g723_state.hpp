@@ -85,10 +85,10 @@ struct G723Decoder {
   private:
     using Excitation = std::array<std::int16_t, kG723Frame>;
     using Filters = std::array<std::int16_t, 40>;
-    void speech(const ZspG723Frame& frame, bool postFilters, Excitation& excitation,
+    void speech(const ZspG723Frame& frame, bool postFilters, Excitation& out,
                 Filters& filters) noexcept;
-    void lostSpeech(Excitation& excitation, Filters& filters) noexcept;
-    void pause(const ZspG723Frame& frame, Excitation& excitation, Filters& filters) noexcept;
+    void lostSpeech(Excitation& out, Filters& filters) noexcept;
+    void pause(const ZspG723Frame& frame, Excitation& out, Filters& filters) noexcept;
     void take(const G723Lsp& next, Filters& filters) noexcept;
 };
 
