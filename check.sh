@@ -25,7 +25,8 @@ install_packages "${library_packages[@]}" "${tool_packages[@]}" "${check_package
 
 # Layout, and a first line that begins to say what the file is for.
 check_format() {
-    git ls-files '*.cpp' '*.hpp' '*.h' '*.c' | xargs clang-format --dry-run --Werror
+    git ls-files '*.cpp' '*.hpp' '*.h' '*.c' |
+        xargs -P "$(nproc)" -n 20 clang-format --dry-run --Werror
     git ls-files '*.cpp' '*.hpp' | xargs awk '
         FNR == 1 && !/^\/[\/*]/ { print FILENAME ": no opening comment"; bad = 1 }
         END { exit bad }'
