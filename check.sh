@@ -36,7 +36,7 @@ check_format() {
 # takes Doxygen's lists of parameters, "src1, src2", for the name of one.
 check_headers() {
     local header standard language faults=0
-    for header in include/*.h include/*/*.h companion/include/*.h; do
+    for header in include/*.h include/*/*.h include/*/*/*.h companion/include/*.h; do
         for standard in c99 c11 c++11 c++20; do
             language=${standard%%[0-9]*}
             echo "#include \"${header##*include/}\"" |

@@ -2,8 +2,8 @@
 // the quantiser of comfort noise.
 
 #include "conformance/families.hpp"
-#include "zspsc/amrwb_isf.h"
-#include "zspsc/amrwb_vad.h"
+#include "zspsc/amrwb/isf.h"
+#include "zspsc/amrwb/vad.h"
 
 #include <algorithm>
 #include <array>

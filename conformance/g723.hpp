@@ -3,8 +3,8 @@
 #pragma once
 
 #include "conformance/vectors.hpp"
-#include "zspsc/g723.h"
-#include "zspsc/g723_noise.h"
+#include "zspsc/g723/decoder.h"
+#include "zspsc/g723/noise.h"
 
 #include <array>
 #include <functional>

@@ -1,8 +1,8 @@
 // The frames of G.723.1 through the blocks, one after the other.
 
 #include "conformance/g723.hpp"
-#include "zspsc/g723_encoder.h"
-#include "zspsc/g723_search.h"
+#include "zspsc/g723/encoder.h"
+#include "zspsc/g723/search.h"
 
 #include <algorithm>
 #include <bit>

@@ -1,8 +1,10 @@
 // GSM full rate: signals through an encoder and a decoder made of the blocks, and every block's
 // result in some frames of speech.
 
-#include "zspsc/gsmfr.h"
 #include "conformance/families.hpp"
+#include "zspsc/gsmfr/frame.h"
+#include "zspsc/gsmfr/residual.h"
+#include "zspsc/gsmfr/shortterm.h"
 
 #include <algorithm>
 #include <array>

@@ -72,8 +72,8 @@
  *  - Qn is a signed integer that holds a value times 2^n. "sat16" and "sat32" limit to a signed 16-
  *    or 32-bit integer, ">>" is an arithmetic shift.
  *
- * The functions stand in parts of this header, one per family, in the folder zspsc beside it.
- * Include this page for all of them, or a part alone.
+ * The functions stand in parts of this header, in the folder zspsc beside it: one per family, or a
+ * folder per family that has several. Include this page for all of them, or a part alone.
  *
  * Suffixes of the names give the element types: 8u, 16s, 32s, 32f, 64f; 32sc and 32fc for complex
  * values; _I for in-place operation, _Sfs for a scale factor.
@@ -82,26 +82,28 @@
 #define ZSPSC_H
 
 #include "zspsc/alc_g169.h"
-#include "zspsc/amrwb_isf.h"
-#include "zspsc/amrwb_vad.h"
+#include "zspsc/amrwb/isf.h"
+#include "zspsc/amrwb/vad.h"
 #include "zspsc/correlation.h"
-#include "zspsc/ec_bank.h"
-#include "zspsc/ec_controller.h"
-#include "zspsc/ec_filters.h"
-#include "zspsc/ec_tone.h"
+#include "zspsc/ec/bank.h"
+#include "zspsc/ec/controller.h"
+#include "zspsc/ec/filters.h"
+#include "zspsc/ec/tone.h"
 #include "zspsc/g711.h"
 #include "zspsc/g722.h"
-#include "zspsc/g723.h"
-#include "zspsc/g723_encoder.h"
-#include "zspsc/g723_noise.h"
-#include "zspsc/g723_search.h"
+#include "zspsc/g723/decoder.h"
+#include "zspsc/g723/encoder.h"
+#include "zspsc/g723/noise.h"
+#include "zspsc/g723/search.h"
 #include "zspsc/g726.h"
-#include "zspsc/g728.h"
-#include "zspsc/g728_adapt.h"
-#include "zspsc/g728_postfilter.h"
+#include "zspsc/g728/adapt.h"
+#include "zspsc/g728/coder.h"
+#include "zspsc/g728/postfilter.h"
 #include "zspsc/g729.h"
 #include "zspsc/gsmamr_vad.h"
-#include "zspsc/gsmfr.h"
+#include "zspsc/gsmfr/frame.h"
+#include "zspsc/gsmfr/residual.h"
+#include "zspsc/gsmfr/shortterm.h"
 #include "zspsc/products.h"
 #include "zspsc/types.h"
 

@@ -5,10 +5,10 @@
 #include "bench/support/pool.hpp"
 #include "bench/support/versions.hpp"
 #include "zspsc/correlation.h"
-#include "zspsc/ec_bank.h"
-#include "zspsc/ec_controller.h"
-#include "zspsc/ec_filters.h"
-#include "zspsc/ec_tone.h"
+#include "zspsc/ec/bank.h"
+#include "zspsc/ec/controller.h"
+#include "zspsc/ec/filters.h"
+#include "zspsc/ec/tone.h"
 
 #include <algorithm>
 #include <array>

@@ -2,7 +2,7 @@
 
 #include "bench/support/pool.hpp"
 #include "ec/subband_fold.hpp"
-#include "zspsc/ec_bank.h"
+#include "zspsc/ec/bank.h"
 
 #include <benchmark/benchmark.h>
 

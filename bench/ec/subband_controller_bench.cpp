@@ -3,7 +3,7 @@
 #include "bench/support/versions.hpp"
 #include "core/state.hpp"
 #include "ec/subband_controller.hpp"
-#include "zspsc/ec_controller.h"
+#include "zspsc/ec/controller.h"
 
 #include <cstddef>
 #include <vector>

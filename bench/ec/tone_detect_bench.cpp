@@ -5,7 +5,7 @@
 #include "bench/support/versions.hpp"
 #include "core/state.hpp"
 #include "ec/tone_detect.hpp"
-#include "zspsc/ec_tone.h"
+#include "zspsc/ec/tone.h"
 
 #include <array>
 #include <cmath>

@@ -3,7 +3,7 @@
 
 #include "codecs/shared/vad/half_band_bank.hpp"
 #include "core/fixed_point.hpp"
-#include "zspsc/amrwb_vad.h"
+#include "zspsc/amrwb/vad.h"
 
 namespace zsp::amrwb {
 

@@ -5,7 +5,7 @@
 
 #include "codecs/g723/g723_arithmetic.hpp"
 #include "codecs/g723/tables/g723_tables.hpp"
-#include "zspsc/g723_noise.h"
+#include "zspsc/g723/noise.h"
 
 namespace zsp::g723 {
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "core/spans.hpp"
-#include "zspsc/gsmfr.h"
+#include "zspsc/gsmfr/shortterm.h"
 
 #include <cstdint>
 

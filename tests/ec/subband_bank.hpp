@@ -2,7 +2,7 @@
 #pragma once
 
 #include "core/state.hpp"
-#include "zspsc/ec_bank.h"
+#include "zspsc/ec/bank.h"
 
 #include <gtest/gtest.h>
 

@@ -7,7 +7,7 @@
 #include "tests/support/samples.hpp"
 #include "tests/support/spectrum.hpp"
 #include "tests/support/vectors.hpp"
-#include "zspsc/ec_bank.h"
+#include "zspsc/ec/bank.h"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,7 @@
 #include "core/state.hpp"
 #include "ec/subband_controller.hpp"
 #include "tests/support/rows.hpp"
-#include "zspsc/ec_controller.h"
+#include "zspsc/ec/controller.h"
 
 #include <gtest/gtest.h>
 

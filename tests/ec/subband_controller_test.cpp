@@ -5,7 +5,7 @@
 #include "tests/support/contract.hpp"
 #include "tests/support/samples.hpp"
 #include "tests/support/vectors.hpp"
-#include "zspsc/ec_controller.h"
+#include "zspsc/ec/controller.h"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,7 @@
 
 #include "tests/support/contract.hpp"
 #include "tests/support/rows.hpp"
-#include "zspsc/ec_filters.h"
+#include "zspsc/ec/filters.h"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,7 @@
 #include "ec/tone_detect.hpp"
 
 #include "tests/support/contract.hpp"
-#include "zspsc/ec_tone.h"
+#include "zspsc/ec/tone.h"
 
 #include <gtest/gtest.h>
 

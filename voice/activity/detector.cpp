@@ -1,7 +1,7 @@
 // Pre-processing, pitch search and decision of one frame.
 
 #include "voice/activity/detector.hpp"
-#include "zspsc/amrwb_vad.h"
+#include "zspsc/amrwb/vad.h"
 #include "zspsc/correlation.h"
 #include "zspsc/gsmamr_vad.h"
 

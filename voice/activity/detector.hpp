@@ -5,7 +5,7 @@
 
 #include "voice/activity/high_pass.hpp"
 #include "voice/activity/pitch_search.hpp"
-#include "zspsc/amrwb_vad.h"
+#include "zspsc/amrwb/vad.h"
 #include "zspsc/gsmamr_vad.h"
 #include "zspvoice.h"
 

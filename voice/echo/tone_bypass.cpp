@@ -1,7 +1,7 @@
 // Detectors at both ends, and the quiet that ends the bypass.
 
 #include "voice/echo/tone_bypass.hpp"
-#include "zspsc/ec_tone.h"
+#include "zspsc/ec/tone.h"
 
 namespace zsp::voice::echo {
 

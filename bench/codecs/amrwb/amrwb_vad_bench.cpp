@@ -3,7 +3,7 @@
 #include "bench/support/pool.hpp"
 #include "bench/support/versions.hpp"
 #include "codecs/amrwb/amrwb_vad.hpp"
-#include "zspsc/amrwb_vad.h"
+#include "zspsc/amrwb/vad.h"
 
 namespace {
 

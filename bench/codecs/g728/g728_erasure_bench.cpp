@@ -3,7 +3,7 @@
 
 #include "bench/support/pool.hpp"
 #include "bench/support/versions.hpp"
-#include "zspsc/g728_postfilter.h"
+#include "zspsc/g728/postfilter.h"
 
 #include <benchmark/benchmark.h>
 

@@ -3,7 +3,7 @@
 
 #include "bench/support/pool.hpp"
 #include "bench/support/versions.hpp"
-#include "zspsc/g728.h"
+#include "zspsc/g728/coder.h"
 
 #include <benchmark/benchmark.h>
 

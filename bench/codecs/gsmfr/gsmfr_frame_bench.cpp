@@ -2,7 +2,7 @@
 
 #include "bench/support/pool.hpp"
 #include "bench/support/versions.hpp"
-#include "zspsc/gsmfr.h"
+#include "zspsc/gsmfr/frame.h"
 
 #include <array>
 

@@ -5,7 +5,7 @@
 #include "tests/support/contract.hpp"
 #include "tests/support/samples.hpp"
 #include "tests/support/vectors.hpp"
-#include "zspsc/amrwb_isf.h"
+#include "zspsc/amrwb/isf.h"
 
 #include <gtest/gtest.h>
 

@@ -5,7 +5,7 @@
 #include "tests/support/contract.hpp"
 #include "tests/support/samples.hpp"
 #include "tests/support/vectors.hpp"
-#include "zspsc/amrwb_vad.h"
+#include "zspsc/amrwb/vad.h"
 
 #include <gtest/gtest.h>
 

@@ -6,8 +6,8 @@
 #include "tests/support/contract.hpp"
 #include "tests/support/samples.hpp"
 #include "tests/support/vectors.hpp"
-#include "zspsc/g723_encoder.h"
-#include "zspsc/g723_search.h"
+#include "zspsc/g723/encoder.h"
+#include "zspsc/g723/search.h"
 
 #include <algorithm>
 #include <cstdlib>

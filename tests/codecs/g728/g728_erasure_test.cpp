@@ -2,7 +2,7 @@
 
 #include "tests/support/contract.hpp"
 #include "tests/support/vectors.hpp"
-#include "zspsc/g728_postfilter.h"
+#include "zspsc/g728/postfilter.h"
 
 #include <gtest/gtest.h>
 

@@ -5,7 +5,7 @@
 
 #include "tests/support/contract.hpp"
 #include "tests/support/samples.hpp"
-#include "zspsc/g728.h"
+#include "zspsc/g728/coder.h"
 
 #include <gtest/gtest.h>
 

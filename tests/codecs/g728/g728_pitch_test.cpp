@@ -1,7 +1,7 @@
 // The pitch search of the G.728 post-filter.
 
 #include "tests/support/contract.hpp"
-#include "zspsc/g728_postfilter.h"
+#include "zspsc/g728/postfilter.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // The post-filter of G.728.
 
 #include "tests/support/contract.hpp"
-#include "zspsc/g728_postfilter.h"
+#include "zspsc/g728/postfilter.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 
 #include "tests/support/contract.hpp"
 #include "tests/support/vectors.hpp"
-#include "zspsc/g728.h"
+#include "zspsc/g728/coder.h"
 
 #include <gtest/gtest.h>
 

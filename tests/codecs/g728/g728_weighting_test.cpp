@@ -1,7 +1,7 @@
 // The weighting filter of G.728 and the target of its search.
 
 #include "tests/support/contract.hpp"
-#include "zspsc/g728.h"
+#include "zspsc/g728/coder.h"
 
 #include <cstdint>
 #include <vector>

@@ -5,7 +5,7 @@
 #include "tests/support/contract.hpp"
 #include "tests/support/samples.hpp"
 #include "tests/support/vectors.hpp"
-#include "zspsc/g728_adapt.h"
+#include "zspsc/g728/adapt.h"
 
 #include <gtest/gtest.h>
 

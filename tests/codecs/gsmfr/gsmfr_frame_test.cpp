@@ -6,7 +6,7 @@
 #include "tests/support/contract.hpp"
 #include "tests/support/samples.hpp"
 #include "tests/support/vectors.hpp"
-#include "zspsc/gsmfr.h"
+#include "zspsc/gsmfr/frame.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
 // The blocks of G.728.
 
-#include "zspsc/g728.h"
 #include "codecs/g728/g728_blocks.hpp"
 #include "tests/fuzz/describe.hpp"
-#include "zspsc/g728_adapt.h"
-#include "zspsc/g728_postfilter.h"
+#include "zspsc/g728/adapt.h"
+#include "zspsc/g728/coder.h"
+#include "zspsc/g728/postfilter.h"
 
 #include <algorithm>
 #include <cstdlib>

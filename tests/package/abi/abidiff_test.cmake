@@ -39,7 +39,7 @@ endforeach()
 # And a function per type, since codes are handed over as plain integers.
 cmake_path(GET HEADER PARENT_PATH folder)
 cmake_path(GET HEADER STEM name)
-file(GLOB parts ${folder}/${name}/*.h)
+file(GLOB_RECURSE parts ${folder}/${name}/*.h)
 foreach(part IN LISTS parts)
     file(READ ${part} text)
     string(REGEX MATCHALL "\n} Zsp[A-Za-z0-9_]+" ends "${text}")

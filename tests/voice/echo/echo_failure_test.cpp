@@ -2,7 +2,7 @@
 // before the library's own one in this program, and passes calls on to it.
 
 #include "tests/voice/echo/echo_call.hpp"
-#include "zspsc/ec_bank.h"
+#include "zspsc/ec/bank.h"
 
 #include <gtest/gtest.h>
 

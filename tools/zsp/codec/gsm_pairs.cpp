@@ -5,7 +5,7 @@
 #include "tools/zsp/codec/gsm_pairs.hpp"
 
 #include "tools/zsp/io/failure.hpp"
-#include "zspsc/gsmfr.h"
+#include "zspsc/gsmfr/frame.h"
 
 namespace zsp::host {
 

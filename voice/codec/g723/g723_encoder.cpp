@@ -1,8 +1,8 @@
 // Encoding after ITU-T G.723.1 with Annex A, clause 2.
 
-#include "zspsc/g723_encoder.h"
 #include "voice/codec/g723/g723_state.hpp"
-#include "zspsc/g723_search.h"
+#include "zspsc/g723/encoder.h"
+#include "zspsc/g723/search.h"
 
 #include <algorithm>
 #include <bit>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "voice/codec/codec.hpp"
-#include "zspsc/g723_noise.h"
+#include "zspsc/g723/noise.h"
 
 #include <array>
 

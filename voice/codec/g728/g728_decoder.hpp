@@ -4,7 +4,7 @@
 #pragma once
 
 #include "voice/codec/g728/g728_side.hpp"
-#include "zspsc/g728_postfilter.h"
+#include "zspsc/g728/postfilter.h"
 
 namespace zsp::voice {
 

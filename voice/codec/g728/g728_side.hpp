@@ -3,8 +3,8 @@
 // first.
 #pragma once
 
-#include "zspsc/g728.h"
-#include "zspsc/g728_adapt.h"
+#include "zspsc/g728/adapt.h"
+#include "zspsc/g728/coder.h"
 
 #include <algorithm>
 #include <array>

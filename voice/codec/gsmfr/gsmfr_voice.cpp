@@ -3,7 +3,9 @@
 
 #include "voice/codec/gsmfr/gsmfr_substitution.hpp"
 #include "voice/codec/rows.hpp"
-#include "zspsc/gsmfr.h"
+#include "zspsc/gsmfr/frame.h"
+#include "zspsc/gsmfr/residual.h"
+#include "zspsc/gsmfr/shortterm.h"
 
 #include <algorithm>
 #include <array>

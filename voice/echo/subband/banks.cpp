@@ -3,7 +3,7 @@
 #include "voice/echo/subband/banks.hpp"
 
 #include "voice/echo/subband/prototype.hpp"
-#include "zspsc/ec_bank.h"
+#include "zspsc/ec/bank.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 // Both filters: errors, update, steps and variances.
 
 #include "voice/echo/subband/filters.hpp"
-#include "zspsc/ec_controller.h"
-#include "zspsc/ec_filters.h"
+#include "zspsc/ec/controller.h"
+#include "zspsc/ec/filters.h"
 
 #include <algorithm>
 

@@ -7,7 +7,7 @@
 #include "tests/support/samples.hpp"
 #include "tests/support/vectors.hpp"
 #include "voice/codec/gsmfr/gsmfr_substitution.hpp"
-#include "zspsc/gsmfr.h"
+#include "zspsc/gsmfr/frame.h"
 
 #include <array>
 #include <string>

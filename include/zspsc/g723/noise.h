@@ -1,11 +1,11 @@
 /**
- * @file zspsc/g723_noise.h
+ * @file zspsc/g723/noise.h
  * @brief G.723.1 silence compression.
  */
 #ifndef ZSPSC_G723_NOISE_H
 #define ZSPSC_G723_NOISE_H
 
-#include "g723.h"
+#include "decoder.h"
 
 #ifdef __cplusplus
 extern "C" {

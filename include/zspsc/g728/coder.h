@@ -1,11 +1,11 @@
 /**
- * @file zspsc/g728.h
+ * @file zspsc/g728/coder.h
  * @brief G.728 low-delay CELP: gain, filters and search.
  */
-#ifndef ZSPSC_G728_H
-#define ZSPSC_G728_H
+#ifndef ZSPSC_G728_CODER_H
+#define ZSPSC_G728_CODER_H
 
-#include "types.h"
+#include "../types.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -17,8 +17,8 @@ extern "C" {
  * The blocks of ITU-T G.728 (16 kbit/s) in the fixed-point arithmetic of its Annex G. A vector of
  * five samples at 8 kHz becomes an index of ten bits, four vectors are a frame. All predictors are
  * made from past output, so encoder and decoder run the same blocks; those that renew predictors
- * stand in zspsc/g728_adapt.h, the post-filter and the concealment of Annex I in
- * zspsc/g728_postfilter.h.
+ * stand in zspsc/g728/adapt.h, the post-filter and the concealment of Annex I in
+ * zspsc/g728/postfilter.h.
  *
  * What holds for all of them:
  *

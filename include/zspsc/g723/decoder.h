@@ -1,11 +1,11 @@
 /**
- * @file zspsc/g723.h
+ * @file zspsc/g723/decoder.h
  * @brief G.723.1 frames, spectral pairs, excitation vectors and decoder.
  */
-#ifndef ZSPSC_G723_H
-#define ZSPSC_G723_H
+#ifndef ZSPSC_G723_DECODER_H
+#define ZSPSC_G723_DECODER_H
 
-#include "types.h"
+#include "../types.h"
 
 #ifdef __cplusplus
 extern "C" {

@@ -1,11 +1,11 @@
 /**
- * @file zspsc/ec_tone.h
+ * @file zspsc/ec/tone.h
  * @brief Echo cancellation: disabling-tone detector.
  */
 #ifndef ZSPSC_EC_TONE_H
 #define ZSPSC_EC_TONE_H
 
-#include "types.h"
+#include "../types.h"
 
 #ifdef __cplusplus
 extern "C" {

@@ -1,11 +1,11 @@
 /**
- * @file zspsc/ec_filters.h
+ * @file zspsc/ec/filters.h
  * @brief Echo cancellation: sub-band filters.
  */
 #ifndef ZSPSC_EC_FILTERS_H
 #define ZSPSC_EC_FILTERS_H
 
-#include "types.h"
+#include "../types.h"
 
 #ifdef __cplusplus
 extern "C" {

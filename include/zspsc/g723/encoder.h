@@ -1,11 +1,11 @@
 /**
- * @file zspsc/g723_encoder.h
+ * @file zspsc/g723/encoder.h
  * @brief G.723.1 encoder.
  */
 #ifndef ZSPSC_G723_ENCODER_H
 #define ZSPSC_G723_ENCODER_H
 
-#include "g723.h"
+#include "decoder.h"
 
 #ifdef __cplusplus
 extern "C" {

@@ -1,11 +1,11 @@
 /**
- * @file zspsc/ec_bank.h
+ * @file zspsc/ec/bank.h
  * @brief Echo cancellation: sub-band filter bank.
  */
 #ifndef ZSPSC_EC_BANK_H
 #define ZSPSC_EC_BANK_H
 
-#include "types.h"
+#include "../types.h"
 
 #ifdef __cplusplus
 extern "C" {

@@ -1,11 +1,11 @@
 /**
- * @file zspsc/g728_adapt.h
+ * @file zspsc/g728/adapt.h
  * @brief G.728 low-delay CELP: backward adaptation.
  */
 #ifndef ZSPSC_G728_ADAPT_H
 #define ZSPSC_G728_ADAPT_H
 
-#include "types.h"
+#include "../types.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -14,9 +14,9 @@ extern "C" {
 /**
  * @defgroup zspsc_g728_adapt G.728 backward adaptation
  *
- * How the predictors of zspsc/g728.h are renewed once a frame, from the past alone. Where a step
- * fails (too little signal, an unstable filter, no room for a coefficient) the predictor in use
- * stays. In a frame of vectors 0 to 3:
+ * How the predictors of zspsc/g728/coder.h are renewed once a frame, from the past alone. Where a
+ * step fails (too little signal, an unstable filter, no room for a coefficient) the predictor in
+ * use stays. In a frame of vectors 0 to 3:
  *
  *     after vector 3   window of the synthesis filter, recursion to order 10
  *     after vector 0   recursion from 10 to 50, expansion to the next predictor; log-gain predictor

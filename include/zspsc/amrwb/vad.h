@@ -1,11 +1,11 @@
 /**
- * @file zspsc/amrwb_vad.h
+ * @file zspsc/amrwb/vad.h
  * @brief AMR-WB voice activity detection.
  */
 #ifndef ZSPSC_AMRWB_VAD_H
 #define ZSPSC_AMRWB_VAD_H
 
-#include "types.h"
+#include "../types.h"
 
 #ifdef __cplusplus
 extern "C" {

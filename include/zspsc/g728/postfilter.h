@@ -1,11 +1,11 @@
 /**
- * @file zspsc/g728_postfilter.h
+ * @file zspsc/g728/postfilter.h
  * @brief G.728 low-delay CELP: post-filter and concealment.
  */
 #ifndef ZSPSC_G728_POSTFILTER_H
 #define ZSPSC_G728_POSTFILTER_H
 
-#include "types.h"
+#include "../types.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -14,7 +14,7 @@ extern "C" {
 /**
  * @defgroup zspsc_g728_postfilter G.728 post-filter and concealment
  *
- * What a decoder adds to zspsc/g728.h, whose conventions hold here as well. Each vector goes
+ * What a decoder adds to zspsc/g728/coder.h, whose conventions hold here as well. Each vector goes
  * through zspsInverseFilter_G728_16s() and zspsPostFilter_G728_16s(). After the inverse filter of
  * vector 2 the pitch is sought and the long-term coefficients follow; the short-term ones are made
  * after vector 3 from the synthesis filter's recursion at order 10. Samples are in Q2, twice too

@@ -1,11 +1,11 @@
 /**
- * @file zspsc/amrwb_isf.h
+ * @file zspsc/amrwb/isf.h
  * @brief AMR-WB immittance spectral frequencies.
  */
 #ifndef ZSPSC_AMRWB_ISF_H
 #define ZSPSC_AMRWB_ISF_H
 
-#include "types.h"
+#include "../types.h"
 
 #ifdef __cplusplus
 extern "C" {

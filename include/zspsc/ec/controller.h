@@ -1,11 +1,11 @@
 /**
- * @file zspsc/ec_controller.h
+ * @file zspsc/ec/controller.h
  * @brief Echo cancellation: sub-band controller.
  */
 #ifndef ZSPSC_EC_CONTROLLER_H
 #define ZSPSC_EC_CONTROLLER_H
 
-#include "types.h"
+#include "../types.h"
 
 #ifdef __cplusplus
 extern "C" {

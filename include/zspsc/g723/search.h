@@ -1,11 +1,11 @@
 /**
- * @file zspsc/g723_search.h
+ * @file zspsc/g723/search.h
  * @brief G.723.1 codebook searches.
  */
 #ifndef ZSPSC_G723_SEARCH_H
 #define ZSPSC_G723_SEARCH_H
 
-#include "g723.h"
+#include "decoder.h"
 
 #ifdef __cplusplus
 extern "C" {
