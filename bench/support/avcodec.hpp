@@ -1,7 +1,11 @@
 // Coders of libavcodec, peers in measurements.
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <cstdlib>
+#include <span>
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -48,6 +52,26 @@ class Avcodec {
     void allocatePacket(int bytes)
     {
         if (av_new_packet(packet, bytes) != 0) std::abort();
+    }
+
+    /// Octets of what a block gives; 0 while the encoder waits for more, negative when it failed.
+    int encode(std::span<const std::int16_t> block)
+    {
+        std::ranges::copy(block, reinterpret_cast<std::int16_t*>(frame->data[0]));
+        const int sent = avcodec_send_frame(context, frame);
+        if (sent != 0) return sent;
+        const int received = avcodec_receive_packet(context, packet);
+        if (received == AVERROR(EAGAIN)) return 0;
+        return received != 0 ? received : packet->size;
+    }
+
+    /// Whether the decoder makes so many samples of a packet.
+    bool decode(std::span<const std::uint8_t> bytes, std::size_t samples)
+    {
+        std::ranges::copy(bytes, packet->data);
+        return avcodec_send_packet(context, packet) == 0 &&
+               avcodec_receive_frame(context, frame) == 0 &&
+               frame->nb_samples == static_cast<int>(samples);
     }
 
     AVCodecContext* context;

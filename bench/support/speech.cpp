@@ -25,4 +25,12 @@ std::vector<std::int16_t> speech(const char* name)
     return samples;
 }
 
+std::vector<std::int16_t> fullScaleSpeech()
+{
+    auto samples = speech();
+    for (auto& x : samples)
+        x = static_cast<std::int16_t>(x * 4);
+    return samples;
+}
+
 } // namespace zsp::bench

@@ -15,6 +15,9 @@ inline constexpr const char* kVoice16 = "g722/speech.pcm"; ///< 16 kHz
 /// A recording. Without it there is nothing to measure: a missing file ends the program.
 std::vector<std::int16_t> speech(const char* name = kVoice8);
 
+/// The one at 8 kHz, with its 14 bits as the upper ones of 16.
+std::vector<std::int16_t> fullScaleSpeech();
+
 /// Walks through a signal in blocks, again and again.
 template <typename T>
 class Blocks {

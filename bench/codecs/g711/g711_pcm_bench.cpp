@@ -12,14 +12,6 @@ namespace {
 using namespace zsp::bench;
 using namespace zsp::g711;
 
-std::vector<std::int16_t> fullScaleSpeech()
-{
-    auto samples = speech();
-    for (auto& sample : samples)
-        sample = static_cast<std::int16_t>(sample * 4);
-    return samples;
-}
-
 std::vector<std::uint8_t> codes(Law law)
 {
     const auto samples = fullScaleSpeech();
@@ -73,13 +65,7 @@ void encodeLibavcodec(benchmark::State& state, Law law)
     Avcodec coder(avcodec_find_encoder(id), 8000, [](AVCodecContext&) {});
     coder.allocateFrame(static_cast<int>(block));
     loop(state, block, [&] {
-        const auto samples = blocks.next();
-        std::copy(samples.begin(), samples.end(),
-                  reinterpret_cast<std::int16_t*>(coder.frame->data[0]));
-        if (avcodec_send_frame(coder.context, coder.frame) != 0 ||
-            avcodec_receive_packet(coder.context, coder.packet) != 0)
-            state.SkipWithError("encoder failed");
-        av_packet_unref(coder.packet);
+        if (coder.encode(blocks.next()) <= 0) state.SkipWithError("encoder failed");
     });
 }
 

@@ -134,13 +134,7 @@ void encodeLibavcodec(benchmark::State& state)
                   [](AVCodecContext& context) { context.trellis = 0; });
     coder.allocateFrame(kBlock);
     measure(state, samples(), kBlock, [&](zsp::In16 block) {
-        std::copy(block.begin(), block.end(),
-                  reinterpret_cast<std::int16_t*>(coder.frame->data[0]));
-        if (avcodec_send_frame(coder.context, coder.frame) != 0 ||
-            avcodec_receive_packet(coder.context, coder.packet) != 0 ||
-            coder.packet->size != kBlock / 2)
-            state.SkipWithError("encoder failed");
-        av_packet_unref(coder.packet);
+        if (coder.encode(block) != int{kBlock / 2}) state.SkipWithError("encoder failed");
     });
 }
 
@@ -149,11 +143,7 @@ void decodeLibavcodec(benchmark::State& state)
     Avcodec coder(avcodec_find_decoder(AV_CODEC_ID_ADPCM_G722), 16000, [](AVCodecContext&) {});
     coder.allocatePacket(kBlock / 2);
     measure(state, bytes(), kBlock / 2, [&](zsp::In8 block) {
-        std::copy(block.begin(), block.end(), coder.packet->data);
-        if (avcodec_send_packet(coder.context, coder.packet) != 0 ||
-            avcodec_receive_frame(coder.context, coder.frame) != 0 ||
-            coder.frame->nb_samples != static_cast<int>(kBlock))
-            state.SkipWithError("decoder failed");
+        if (!coder.decode(block, kBlock)) state.SkipWithError("decoder failed");
     });
 }
 

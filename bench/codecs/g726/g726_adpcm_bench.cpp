@@ -52,10 +52,7 @@ void decode(benchmark::State& state, std::size_t rate, Law law, Decode kernel)
 
 void encodeSpandsp(benchmark::State& state, std::size_t rate)
 {
-    auto sl = speech();
-    for (auto& sample : sl)
-        sample = static_cast<std::int16_t>(sample * 4);
-    Blocks blocks(std::move(sl), kBlock);
+    Blocks blocks(fullScaleSpeech(), kBlock);
     g726_state_t* coder =
         g726_init(nullptr, kKilobits[rate] * 1000, G726_ENCODING_LINEAR, G726_PACKING_NONE);
     std::vector<std::uint8_t> out(kBlock);
@@ -85,20 +82,11 @@ Avcodec openLibavcodec(const AVCodec* codec, std::size_t rate)
 
 void encodeLibavcodec(benchmark::State& state, std::size_t rate)
 {
-    auto sl = speech();
-    for (auto& sample : sl)
-        sample = static_cast<std::int16_t>(sample * 4);
-    Blocks blocks(std::move(sl), kBlock);
+    Blocks blocks(fullScaleSpeech(), kBlock);
     auto coder = openLibavcodec(avcodec_find_encoder(AV_CODEC_ID_ADPCM_G726), rate);
     coder.allocateFrame(kBlock);
     loop(state, kBlock, [&] {
-        const auto block = blocks.next();
-        std::copy(block.begin(), block.end(),
-                  reinterpret_cast<std::int16_t*>(coder.frame->data[0]));
-        if (avcodec_send_frame(coder.context, coder.frame) != 0 ||
-            avcodec_receive_packet(coder.context, coder.packet) != 0)
-            state.SkipWithError("encoder failed");
-        av_packet_unref(coder.packet);
+        if (coder.encode(blocks.next()) <= 0) state.SkipWithError("encoder failed");
     });
 }
 
@@ -116,12 +104,7 @@ void decodeLibavcodec(benchmark::State& state, std::size_t rate)
     auto coder = openLibavcodec(avcodec_find_decoder(AV_CODEC_ID_ADPCM_G726), rate);
     coder.allocatePacket(static_cast<int>(kBlock * bits / 8));
     loop(state, kBlock, [&] {
-        const auto block = blocks.next();
-        std::copy(block.begin(), block.end(), coder.packet->data);
-        if (avcodec_send_packet(coder.context, coder.packet) != 0 ||
-            avcodec_receive_frame(coder.context, coder.frame) != 0 ||
-            coder.frame->nb_samples != static_cast<int>(kBlock))
-            state.SkipWithError("decoder failed");
+        if (!coder.decode(blocks.next(), kBlock)) state.SkipWithError("decoder failed");
     });
 }
 

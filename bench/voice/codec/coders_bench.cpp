@@ -24,10 +24,7 @@ std::size_t packetSamples(const ZspvCodec* codec)
 std::vector<std::int16_t> speechFor(const ZspvCodec* codec)
 {
     if (codec->sampleRate == 16000) return zsp::bench::speech(zsp::bench::kVoice16);
-    auto samples = zsp::bench::speech();
-    for (auto& x : samples)
-        x = static_cast<std::int16_t>(x * 4); // from 14 bits
-    return samples;
+    return zsp::bench::fullScaleSpeech();
 }
 
 void encode(benchmark::State& state, const ZspvCodec* codec)

@@ -6,7 +6,6 @@
 #include "bench/support/versions.hpp"
 #include "zspvoice.h"
 
-#include <algorithm>
 #include <vector>
 
 namespace {
@@ -14,14 +13,6 @@ namespace {
 using namespace zsp::bench;
 
 constexpr std::size_t kSamples = 240;
-
-std::vector<std::int16_t> samples()
-{
-    auto signal = speech();
-    for (auto& x : signal)
-        x = static_cast<std::int16_t>(x * 4); // from 14 bits
-    return signal;
-}
 
 ZspvParams paramsOf(std::int32_t bitRate, bool postFilter)
 {
@@ -34,7 +25,7 @@ ZspvParams paramsOf(std::int32_t bitRate, bool postFilter)
 
 std::vector<std::uint8_t> coded(std::int32_t bitRate)
 {
-    const auto signal = samples();
+    const auto signal = fullScaleSpeech();
     const ZspvParams params = paramsOf(bitRate, true);
     const std::size_t octets = bitRate == 6300 ? 24 : 20;
     std::vector<std::uint8_t> frames(signal.size() / kSamples * octets + 24);
@@ -52,7 +43,7 @@ std::vector<std::uint8_t> coded(std::int32_t bitRate)
 
 void encode(benchmark::State& state, std::int32_t bitRate)
 {
-    Blocks blocks(samples(), kSamples);
+    Blocks blocks(fullScaleSpeech(), kSamples);
     const ZspvParams params = paramsOf(bitRate, true);
     std::vector<std::uint8_t> bytes(24);
     ZspvEncoder* encoder = nullptr;
@@ -90,15 +81,12 @@ BENCHMARK_CAPTURE(decode, plain, 6300, false)->Name("g723Decode/6.3/plain/zspvoi
 
 void encodeLibavcodec(benchmark::State& state)
 {
-    Blocks blocks(samples(), kSamples);
+    Blocks blocks(fullScaleSpeech(), kSamples);
     Avcodec coder(avcodec_find_encoder(AV_CODEC_ID_G723_1), 8000,
                   [](AVCodecContext& c) { c.bit_rate = 6300; });
     coder.allocateFrame(kSamples);
     loop(state, kSamples, [&] {
-        std::ranges::copy(blocks.next(), reinterpret_cast<std::int16_t*>(coder.frame->data[0]));
-        if (avcodec_send_frame(coder.context, coder.frame) != 0)
-            state.SkipWithError("encoder failed");
-        avcodec_receive_packet(coder.context, coder.packet); // the first ones wait
+        if (coder.encode(blocks.next()) < 0) state.SkipWithError("encoder failed");
     });
 }
 
@@ -108,11 +96,7 @@ void decodeLibavcodec(benchmark::State& state)
     Avcodec coder(avcodec_find_decoder(AV_CODEC_ID_G723_1), 8000, [](AVCodecContext&) {});
     coder.allocatePacket(24);
     loop(state, kSamples, [&] {
-        std::ranges::copy(blocks.next(), coder.packet->data);
-        if (avcodec_send_packet(coder.context, coder.packet) != 0 ||
-            avcodec_receive_frame(coder.context, coder.frame) != 0 ||
-            coder.frame->nb_samples != static_cast<int>(kSamples))
-            state.SkipWithError("decoder failed");
+        if (!coder.decode(blocks.next(), kSamples)) state.SkipWithError("decoder failed");
     });
 }
 

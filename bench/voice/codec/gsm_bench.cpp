@@ -17,17 +17,9 @@ using namespace zsp::bench;
 
 constexpr std::size_t kSamples = 160, kOctets = 33;
 
-std::vector<std::int16_t> samples()
-{
-    auto signal = speech();
-    for (auto& x : signal)
-        x = static_cast<std::int16_t>(x * 4); // from 14 bits
-    return signal;
-}
-
 [[maybe_unused]] std::vector<std::uint8_t> coded()
 {
-    const auto signal = samples();
+    const auto signal = fullScaleSpeech();
     std::vector<std::uint8_t> frames(signal.size() / kSamples * kOctets);
     ZspvEncoder* encoder = nullptr;
     zspvEncoderCreate(zspvCodecByPayloadType(3), nullptr, &encoder);
@@ -44,7 +36,7 @@ std::vector<std::int16_t> samples()
 
 void encodeLibgsm(benchmark::State& state)
 {
-    Blocks blocks(samples(), kSamples);
+    Blocks blocks(fullScaleSpeech(), kSamples);
     std::array<gsm_signal, kSamples> in;
     std::array<gsm_byte, kOctets> out;
     gsm coder = gsm_create();
@@ -80,11 +72,7 @@ void decodeLibavcodec(benchmark::State& state)
     Avcodec coder(avcodec_find_decoder_by_name("gsm"), 8000, [](AVCodecContext&) {});
     coder.allocatePacket(kOctets);
     loop(state, kSamples, [&] {
-        std::ranges::copy(blocks.next(), coder.packet->data);
-        if (avcodec_send_packet(coder.context, coder.packet) != 0 ||
-            avcodec_receive_frame(coder.context, coder.frame) != 0 ||
-            coder.frame->nb_samples != static_cast<int>(kSamples))
-            state.SkipWithError("decoder failed");
+        if (!coder.decode(blocks.next(), kSamples)) state.SkipWithError("decoder failed");
     });
 }
 
