@@ -1,37 +1,100 @@
 // G.723.1: signals through an encoder and a decoder made of the blocks, and what the blocks give in
 // some frames.
 
-#include "conformance/g723.hpp"
 #include "conformance/families.hpp"
-
-#include <algorithm>
-#include <array>
-#include <cstdlib>
+#include "conformance/trace.hpp"
+#include "voice/codec/g723/g723_decoder.hpp"
+#include "voice/codec/g723/g723_encoder.hpp"
 
 namespace zsp::conformance {
 
 namespace {
 
-using g723::Decoder;
-using g723::Encoder;
-using g723::kFrame;
+using voice::G723Decoder;
+using voice::G723Encoder;
+using voice::G723Options;
+using voice::kG723Frame;
+using voice::kG723FrameBytes;
 
-/// Mode 63 or 53, then dtx, nohp or nopf.
-Encoder encoderFor(const std::string& mode)
+/// Numbers that the blocks keep to themselves.
+const std::set<std::string> kInner = {"shifted",
+                                      "taming_test",
+                                      "acb_correlations",
+                                      "lag",
+                                      "impulse_response_acelp",
+                                      "acelp_backward",
+                                      "acelp_correlations",
+                                      "acelp_pulses",
+                                      "grid",
+                                      "train",
+                                      "mlq_trial",
+                                      "ringing_fir",
+                                      "ringing_iir",
+                                      "vad_aen",
+                                      "vad_energy",
+                                      "vad_noise_level",
+                                      "vad_vcnt",
+                                      "vad_hcnt",
+                                      "vad_noise_lpc",
+                                      "pitch_postfilter_lag",
+                                      "pitch_postfilter_gain",
+                                      "pitch_postfilter_scale",
+                                      "excitation_memory",
+                                      "erasure_count",
+                                      "random_seed_concealment",
+                                      "sid_gain",
+                                      "cng_gain",
+                                      "random_seed",
+                                      "tilt_memory",
+                                      "frame_type",
+                                      "sid_ener",
+                                      "sid_acf",
+                                      "sid_acf_shift",
+                                      "sid_gain_index",
+                                      "sid_lpc",
+                                      "sid_rc",
+                                      "sid_rc_shift",
+                                      "cng_lag",
+                                      "cng_acb_gain"};
+
+/// Mode 63 or 53, then dtx or nohp.
+G723Options optionsOf(const std::string& mode)
 {
-    Encoder encoder(mode.starts_with("53") ? zspG723Rate53 : zspG723Rate63);
-    encoder.dtx = mode.ends_with("dtx");
-    encoder.highPass = !mode.ends_with("nohp");
-    return encoder;
+    return {.rate = mode.starts_with("53") ? zspG723Rate53 : zspG723Rate63,
+            .hasHighPass = !mode.ends_with("nohp"),
+            .hasDtx = mode.ends_with("dtx")};
+}
+
+template <typename Probe>
+std::vector<std::uint8_t> encoded(G723Encoder<Probe>& encoder,
+                                  std::span<const std::int16_t> samples, const std::string& mode)
+{
+    std::vector<std::uint8_t> bytes(kG723FrameBytes);
+    bytes.resize(encoder
+                     .encode(samples.first<kG723Frame>(), optionsOf(mode),
+                             std::span(bytes).template first<kG723FrameBytes>())
+                     .bytes);
+    return bytes;
+}
+
+template <typename Probe>
+std::array<std::int16_t, kG723Frame>
+decoded(G723Decoder<Probe>& decoder, std::span<const std::uint8_t> bytes, bool hasPostFilter)
+{
+    std::array<std::int16_t, kG723Frame> samples;
+    decoder.decode(bytes, false, hasPostFilter, samples);
+    return samples;
 }
 
 void checkEncoder(const Vectors& vectors, const std::string& signal, const std::string& mode)
 {
     const Words samples = vectors.words("g723/" + signal + ".pcm");
     std::vector<std::uint8_t> got;
-    Encoder encoder = encoderFor(mode);
-    for (std::size_t i = 0; i < recordsOf(samples.size(), kFrame, signal + ".pcm"); ++i)
-        for (const std::uint8_t byte : encoder.encode(&samples[i * kFrame]))
+    G723Encoder<> encoder;
+    encoder.start();
+    for (std::size_t i = 0; i < recordsOf(samples.size(), kG723Frame, signal + ".pcm"); ++i)
+        for (const std::uint8_t byte :
+             encoded(encoder, std::span(samples).subspan(i * kG723Frame), mode))
             got.push_back(byte);
     const std::string name = signal + "." + mode + ".g723";
     requireEqual(got, vectors.read<std::uint8_t>("g723/" + name), name);
@@ -41,65 +104,40 @@ void checkDecoder(const Vectors& vectors, const std::string& stream, const std::
 {
     const auto bytes = vectors.read<std::uint8_t>("g723/" + stream + ".g723");
     const Words want = vectors.words("g723/" + output + ".out.pcm");
-    Decoder decoder;
-    decoder.postFilters = !output.ends_with("nopf");
+    G723Decoder<> decoder;
+    decoder.start();
     Words got;
     for (std::size_t at = 0; at < bytes.size() && got.size() < want.size();) {
         constexpr std::array<std::size_t, 4> kBytes = {24, 20, 4, 1};
         const std::size_t length = kBytes[bytes[at] & 3];
         if (at + length > bytes.size()) throw Fault(stream + ".g723 ends within a frame");
-        for (const std::int16_t x : decoder.decode(&bytes[at], length))
+        for (const std::int16_t x :
+             decoded(decoder, std::span(bytes).subspan(at, length), !output.ends_with("nopf")))
             got.push_back(x);
         at += length;
     }
     requireEqual(got, want, output + ".out.pcm");
 }
 
-/// The lines of a trace, NAME COUNT: VALUES in the order of processing; those of inner results that
-/// no block gives are passed over.
-class Trace {
-  public:
-    Trace(const Vectors& vectors, const std::string& name)
-        : name_(name), lines_(vectors.runs("g723/" + name))
-    {
-    }
-
-    std::vector<std::int32_t> next(const std::string& name)
-    {
-        while (at_ < lines_.size() && lines_[at_][0] != name)
-            ++at_;
-        if (at_ == lines_.size()) throw Fault(name_ + " has no further " + name);
-        std::vector<std::int32_t> values;
-        for (std::size_t i = 2; i < lines_[at_].size(); ++i)
-            values.push_back(
-                static_cast<std::int32_t>(std::strtol(lines_[at_][i].c_str(), nullptr, 10)));
-        ++at_;
-        return values;
-    }
-    [[nodiscard]] std::size_t at() const { return at_; }
-    [[nodiscard]] std::size_t left() const { return lines_.size() - at_; }
-
-  private:
-    std::string name_;
-    std::vector<std::vector<std::string>> lines_;
-    std::size_t at_ = 0;
-};
-
 void checkTrace(const Vectors& vectors, const std::string& mode)
 {
-    Trace trace(vectors, "trace." + mode + ".txt"), inputs = trace;
-    Encoder encoder = encoderFor(mode);
-    Decoder decoder;
-    encoder.probe =
-        decoder.probe = [&trace](const std::string& name, std::span<const std::int32_t> result) {
-            requireEqual(result, trace.next(name), name + " in line " + std::to_string(trace.at()));
-        };
-    while (trace.left() > 0) {
-        const auto in = inputs.next("in");
+    const std::string file = "g723/trace." + mode + ".txt";
+    const Trace encoding(vectors, file, "encode_frame", "decode_frame");
+    const Trace decoding(vectors, file, "decode_frame", "encode_frame");
+    G723Encoder<Recorder> encoder;
+    G723Decoder<Recorder> decoder;
+    encoder.start();
+    decoder.start();
+    for (const auto& [number, wanted] : encoding.frames()) {
+        const auto& in = wanted.at("in").at(0);
         const Words samples(in.begin(), in.end());
-        recordsOf(samples.size(), kFrame, "trace");
-        const auto frame = encoder.encode(samples.data());
-        decoder.decode(frame.data(), frame.size());
+        recordsOf(samples.size(), kG723Frame, file);
+        Recorder::results.clear();
+        const auto bytes = encoded(encoder, samples, mode);
+        encoding.requireFrame(number, Recorder::results, kInner);
+        Recorder::results.clear();
+        decoded(decoder, bytes, true);
+        decoding.requireFrame(number, Recorder::results, kInner);
     }
 }
 

@@ -2,13 +2,11 @@
 // and with losses, and what every block gives in some frames of speech and noise.
 
 #include "conformance/families.hpp"
+#include "conformance/trace.hpp"
 #include "voice/codec/g728/g728_decoder.hpp"
 #include "voice/codec/g728/g728_encoder.hpp"
 
 #include <algorithm>
-#include <cstdlib>
-#include <map>
-#include <type_traits>
 
 namespace zsp::conformance {
 
@@ -19,10 +17,6 @@ using voice::G728Encoder;
 using voice::kG728Frame;
 using voice::kG728FrameBytes;
 using Octets = std::vector<std::uint8_t>;
-using Values = std::vector<std::int64_t>;
-using Results = std::map<std::string, Values>; // by name
-using Frame = std::vector<Results>;            // of the frame itself, then of each vector
-
 /// Signals, which the traces print with their oldest sample first.
 const std::set<std::string> kSignals = {
     "speech",   "zero_input_weighted", "speech_weighted", "weighting_memory", "decoded",
@@ -31,72 +25,33 @@ const std::set<std::string> kSignals = {
 const std::set<std::string> kInner = {"target",        "target_correlated", "postfiltered",
                                       "erasure_delay", "shape_index",       "gain_index"};
 
-/// Writes down what the blocks give.
-struct Recorder {
-    static inline thread_local Frame frame{1};
-
-    template <typename T>
-    static void show(const char* name, const T& words)
-    {
-        const std::string what = name;
-        if (what == "count") {
-            frame.emplace_back();
-            return;
-        }
-        Values values;
-        if constexpr (std::is_integral_v<T>)
-            values = {words};
-        else
-            values.assign(words.begin(), words.end());
-        if (values.size() == 6 || values.size() == 2) { // block floating point: the Q comes first
-            std::rotate(values.begin(), values.end() - 1, values.end());
-            std::reverse(values.begin() + 1, values.end());
-        }
-        if (kSignals.contains(what)) std::reverse(values.begin(), values.end());
-        frame.back()[what] = values;
-    }
-};
-
-/// Frames of a trace by their numbers.
-std::map<int, Frame> readTrace(const Vectors& vectors, const std::string& name)
+/// What the blocks have given, as the traces print it.
+Results printed()
 {
-    std::map<int, Frame> frames;
-    Frame* frame = nullptr;
-    for (const auto& line : vectors.runs(name)) {
-        const auto number = [](const std::string& word) {
-            return std::strtol(word.c_str(), nullptr, 10);
-        };
-        if (line[0] == "frame") {
-            frame = &frames[static_cast<int>(number(line.at(1)))];
-            frame->resize(1);
-            continue;
+    Results results = Recorder::results;
+    for (auto& [name, all] : results)
+        for (auto& values : all) {
+            if (values.size() == 6 || values.size() == 2) { // block floating point: Q comes first
+                std::rotate(values.begin(), values.end() - 1, values.end());
+                std::reverse(values.begin() + 1, values.end());
+            }
+            if (kSignals.contains(name)) std::reverse(values.begin(), values.end());
         }
-        if (!frame) throw Fault(name + " begins without a frame");
-        if (line[0] == "count") {
-            frame->emplace_back();
-            continue;
-        }
-        Values values;
-        for (std::size_t i = 2; i < line.size(); ++i)
-            values.push_back(number(line[i]));
-        frame->back()[line[0]] = values;
-    }
-    return frames;
+    return results;
 }
 
-/// Faults where a block of the frame that was coded last has given something else.
-void requireFrame(const Frame& want, const std::string& what)
+/// Works on frame `number` and, if the trace has it, holds what the blocks give against that.
+template <typename Work>
+void traced(std::size_t number, const Trace* trace, Work work)
 {
-    if (Recorder::frame.size() != want.size()) throw Fault(what + ": other vectors");
-    for (std::size_t i = 0; i < want.size(); ++i)
-        for (const auto& [name, values] : want[i])
-            if (!kInner.contains(name))
-                requireEqual(Recorder::frame[i][name], values,
-                             what + ", part " + std::to_string(i) + ", " + name);
+    Recorder::results.clear();
+    work();
+    const auto frame = static_cast<std::int32_t>(number);
+    if (trace && trace->frames().contains(frame)) trace->requireFrame(frame, printed(), kInner);
 }
 
 template <typename Probe>
-Octets encoded(const Words& samples, const std::map<int, Frame>& want = {})
+Octets encoded(const Words& samples, const Trace* trace = nullptr)
 {
     recordsOf(samples.size(), kG728Frame, "the signal");
     G728Encoder<Probe> encoder;
@@ -104,11 +59,10 @@ Octets encoded(const Words& samples, const std::map<int, Frame>& want = {})
     Octets bytes;
     for (std::size_t at = 0; at < samples.size(); at += kG728Frame) {
         std::array<std::uint8_t, kG728FrameBytes> frame;
-        Recorder::frame.assign(1, {});
-        encoder.encode(std::span(samples).subspan(at).template first<kG728Frame>(), frame);
+        traced(at / kG728Frame, trace, [&] {
+            encoder.encode(std::span(samples).subspan(at).template first<kG728Frame>(), frame);
+        });
         bytes.insert(bytes.end(), frame.begin(), frame.end());
-        const auto number = static_cast<int>(at / kG728Frame);
-        if (want.contains(number)) requireFrame(want.at(number), "frame " + std::to_string(number));
     }
     return bytes;
 }
@@ -130,19 +84,15 @@ std::vector<Octets> framesOf(const Vectors& vectors, const std::string& name)
 }
 
 template <typename Probe>
-Words decoded(const std::vector<Octets>& frames, bool hasPostFilter,
-              const std::map<int, Frame>& want = {})
+Words decoded(const std::vector<Octets>& frames, bool hasPostFilter, const Trace* trace = nullptr)
 {
     G728Decoder<Probe> decoder;
     decoder.start();
     Words samples;
     for (std::size_t n = 0; n < frames.size(); ++n) {
         std::array<std::int16_t, kG728Frame> some;
-        Recorder::frame.assign(1, {});
-        decoder.decode(frames[n], hasPostFilter, some);
+        traced(n, trace, [&] { decoder.decode(frames[n], hasPostFilter, some); });
         samples.insert(samples.end(), some.begin(), some.end());
-        const auto number = static_cast<int>(n);
-        if (want.contains(number)) requireFrame(want.at(number), "frame " + std::to_string(number));
     }
     return samples;
 }
@@ -165,21 +115,21 @@ void checkG728(const Vectors& vectors, Checks& checks)
     for (const auto& run : vectors.runs("g728/runs.txt"))
         checks.add(run.at(0) + "r, " + run.at(2) + (run.at(1) == "off" ? ", no post-filter" : ""),
                    [&] { checkRun(vectors, run); });
-    for (const std::string trace : {"trace_encoder.txt", "trace_encoder_start.txt"})
-        checks.add("every block of the encoder, " + trace, [&] {
-            encoded<Recorder>(vectors.words("g728/speech.pcm"),
-                              readTrace(vectors, "g728/" + trace));
+    for (const std::string name : {"trace_encoder.txt", "trace_encoder_start.txt"})
+        checks.add("every block of the encoder, " + name, [&] {
+            const Trace trace(vectors, "g728/" + name, "frame");
+            encoded<Recorder>(vectors.words("g728/speech.pcm"), &trace);
         });
     const std::pair<const char*, const char*> kDecoded[] = {
         {"trace_decoder.txt", "speech.g728"},
         {"trace_erasure_voiced.txt", "speech_erased.g728f"},
         {"trace_erasure_unvoiced.txt", "noise_erased.g728f"}};
-    for (const auto& [trace, coded] : kDecoded)
-        checks.add(std::string("every block of the decoder, ") + trace,
-                   [&, name = trace, in = coded] {
-                       decoded<Recorder>(framesOf(vectors, std::string("g728/") + in), true,
-                                         readTrace(vectors, std::string("g728/") + name));
-                   });
+    for (const auto& [name, coded] : kDecoded)
+        checks.add(
+            std::string("every block of the decoder, ") + name, [&, file = name, in = coded] {
+                const Trace trace(vectors, std::string("g728/") + file, "frame");
+                decoded<Recorder>(framesOf(vectors, std::string("g728/") + in), true, &trace);
+            });
 }
 
 } // namespace zsp::conformance

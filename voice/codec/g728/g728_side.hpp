@@ -3,6 +3,7 @@
 // first.
 #pragma once
 
+#include "voice/codec/shared/probe.hpp"
 #include "zspsc/g728/adapt.h"
 #include "zspsc/g728/coder.h"
 
@@ -15,15 +16,6 @@
 namespace zsp::voice {
 
 inline constexpr std::size_t kG728Vector = 5, kG728Frame = 20, kG728FrameBytes = 5;
-
-/// Sees nothing of a coder at work. A test's probe has the same function and writes down what the
-/// blocks give, by the names of the reference's traces.
-struct NoProbe {
-    template <typename... Words>
-    static void show(const char* /*name*/, const Words&... /*words*/) noexcept
-    {
-    }
-};
 
 /// Five mantissas and their Q; one and its Q.
 using G728Vector = std::array<std::int16_t, kG728Vector + 1>;

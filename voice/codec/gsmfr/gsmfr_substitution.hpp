@@ -3,31 +3,14 @@
 // to frame and the grids at random; after 320 ms the frame of silence.
 #pragma once
 
+#include "voice/codec/gsmfr/gsmfr_side.hpp"
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 
 namespace zsp::voice::gsmfr {
-
-inline constexpr std::size_t kFrameBytes = 33;
-inline constexpr std::size_t kRatios = 8, kSegments = 4, kPulses = 13;
-
-/// Places in a sub-segment's parameters.
-inline constexpr std::size_t kLag = 0, kGain = 1, kGrid = 2, kAmplitude = 3, kPulse = 4;
-inline constexpr std::size_t kSegmentParameters = kPulse + kPulses;
-
-/// The ratios' codes, then four sub-segments.
-using Parameters = std::array<std::int16_t, kRatios + kSegments * kSegmentParameters>;
-
-constexpr std::int16_t* segmentOf(Parameters& parameters, std::size_t j) noexcept
-{
-    return parameters.data() + kRatios + j * kSegmentParameters;
-}
-constexpr const std::int16_t* segmentOf(const Parameters& parameters, std::size_t j) noexcept
-{
-    return parameters.data() + kRatios + j * kSegmentParameters;
-}
 
 /// GSM 06.11, table 1.
 inline constexpr Parameters kSilence = [] {
