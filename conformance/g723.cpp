@@ -17,45 +17,15 @@ using voice::kG723Frame;
 using voice::kG723FrameBytes;
 
 /// Numbers that the blocks keep to themselves.
-const std::set<std::string> kInner = {"shifted",
-                                      "taming_test",
-                                      "acb_correlations",
-                                      "lag",
-                                      "impulse_response_acelp",
-                                      "acelp_backward",
-                                      "acelp_correlations",
-                                      "acelp_pulses",
-                                      "grid",
-                                      "train",
-                                      "mlq_trial",
-                                      "ringing_fir",
-                                      "ringing_iir",
-                                      "vad_aen",
-                                      "vad_energy",
-                                      "vad_noise_level",
-                                      "vad_vcnt",
-                                      "vad_hcnt",
-                                      "vad_noise_lpc",
-                                      "pitch_postfilter_lag",
-                                      "pitch_postfilter_gain",
-                                      "pitch_postfilter_scale",
-                                      "excitation_memory",
-                                      "erasure_count",
-                                      "random_seed_concealment",
-                                      "sid_gain",
-                                      "cng_gain",
-                                      "random_seed",
-                                      "tilt_memory",
-                                      "frame_type",
-                                      "sid_ener",
-                                      "sid_acf",
-                                      "sid_acf_shift",
-                                      "sid_gain_index",
-                                      "sid_lpc",
-                                      "sid_rc",
-                                      "sid_rc_shift",
-                                      "cng_lag",
-                                      "cng_acb_gain"};
+const std::set<std::string> kInsideEncoder = namesOf(
+    "shifted taming_test acb_correlations lag impulse_response_acelp acelp_backward "
+    "acelp_correlations acelp_pulses grid train mlq_trial synthesis ringing_fir ringing_iir "
+    "vad_aen vad_energy vad_noise_level vad_vcnt vad_hcnt vad_noise_lpc sid_gain cng_gain "
+    "random_seed frame_type sid_ener sid_acf sid_acf_shift sid_gain_index sid_lpc sid_rc "
+    "sid_rc_shift cng_lag cng_acb_gain");
+const std::set<std::string> kInsideDecoder =
+    namesOf("pitch_postfilter_lag pitch_postfilter_gain pitch_postfilter_scale sid_gain cng_gain "
+            "tilt_memory");
 
 /// Mode 63 or 53, then dtx or nohp.
 G723Options optionsOf(const std::string& mode)
@@ -134,10 +104,12 @@ void checkTrace(const Vectors& vectors, const std::string& mode)
         recordsOf(samples.size(), kG723Frame, file);
         Recorder::results.clear();
         const auto bytes = encoded(encoder, samples, mode);
-        encoding.requireFrame(number, Recorder::results, kInner);
+        auto inside = kInsideEncoder;
+        if (wanted.at("vad").at(0).at(0) == 0) inside.insert("lsp_index"); // not sent
+        encoding.requireFrame(number, Recorder::results, inside);
         Recorder::results.clear();
         decoded(decoder, bytes, true);
-        decoding.requireFrame(number, Recorder::results, kInner);
+        decoding.requireFrame(number, Recorder::results, kInsideDecoder);
     }
 }
 

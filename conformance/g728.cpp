@@ -21,9 +21,9 @@ using Octets = std::vector<std::uint8_t>;
 const std::set<std::string> kSignals = {
     "speech",   "zero_input_weighted", "speech_weighted", "weighting_memory", "decoded",
     "residual", "decimated",           "output",          "excitation_past"};
-/// Numbers that the blocks keep to themselves; indices are held as what is sent.
-const std::set<std::string> kInner = {"target",        "target_correlated", "postfiltered",
-                                      "erasure_delay", "shape_index",       "gain_index"};
+/// Numbers that the blocks keep to themselves.
+const std::set<std::string> kInner = {"target", "target_correlated", "postfiltered",
+                                      "erasure_delay"};
 
 /// What the blocks have given, as the traces print it.
 Results printed()

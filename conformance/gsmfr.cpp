@@ -15,10 +15,9 @@ using namespace voice::gsmfr;
 using Coded = std::array<std::uint8_t, kFrameBytes>;
 
 /// Numbers that the blocks keep to themselves.
-const std::set<std::string> kInner = {"ACF",         "LARp_0_12",  "LARp_13_26", "LARp_27_39",
-                                      "LARp_40_159", "subsegment", "scal",       "L_max_scaled",
-                                      "L_max",       "L_power",    "dpp",        "exp",
-                                      "mant",        "ep",         "erp"};
+const std::set<std::string> kInner = namesOf(
+    "ACF LARp_0_12 LARp_13_26 LARp_27_39 LARp_40_159 subsegment scal L_max_scaled L_max L_power "
+    "dpp exp mant ep erp");
 
 template <typename Probe>
 Coded encoded(Encoder<Probe>& encoder, std::span<const std::int16_t> samples)

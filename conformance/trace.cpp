@@ -3,8 +3,15 @@
 #include "conformance/trace.hpp"
 
 #include <cstdlib>
+#include <sstream>
 
 namespace zsp::conformance {
+
+std::set<std::string> namesOf(const std::string& line)
+{
+    std::istringstream words(line);
+    return {std::istream_iterator<std::string>(words), {}};
+}
 
 Trace::Trace(const Vectors& vectors, const std::string& file, const std::string& opening,
              const std::string& closing)

@@ -13,6 +13,9 @@
 
 namespace zsp::conformance {
 
+/// Names that stand in a line, apart from each other.
+std::set<std::string> namesOf(const std::string& line);
+
 /// The results of one name in a frame, in the order in which they came.
 using Results = std::map<std::string, std::vector<std::vector<std::int32_t>>>;
 

@@ -43,6 +43,10 @@ class G723Decoder {
         }
         if (!inPause_) noise_.seed = kG723NoiseSeed;
         Probe::show("quantised_lpc", filters);
+        Probe::show("excitation_memory", excitation_);
+        Probe::show("erasure_count", lost_);
+        Probe::show("random_seed_concealment", concealmentSeed_);
+        Probe::show("random_seed", noise_.seed);
         Probe::show("postfiltered_excitation", source);
         for (std::size_t i = 0; i < 4; ++i)
             synthesise(&filters[10 * i], &source[kG723Subframe * i], hasPostFilter,

@@ -84,6 +84,8 @@ class G728Decoder {
             const int most = growthLimited_ > 0 ? std::min(side_.logGain + 1024, 14336) : 14336;
             const G728Scalar gain = side_.predictGain(static_cast<std::int16_t>(most));
             s = side_.zeroInput();
+            Probe::show("shape_index", static_cast<std::int16_t>(index >> 3));
+            Probe::show("gain_index", static_cast<std::int16_t>(index & 7));
             zspsCodevectorScale_G728_16s(index, gain.data(), excitation.data());
             zspsLogGainUpdate_G728_16s(side_.logGain, index, &logGain);
         }

@@ -15,12 +15,12 @@ namespace zsp::voice::gsmfr {
 /// GSM 06.11, table 1.
 inline constexpr Parameters kSilence = [] {
     constexpr std::array<std::int16_t, kRatios> kCodes = {42, 39, 21, 10, 9, 4, 3, 2};
-    constexpr std::array<std::int16_t, kSegmentParameters> kSegment = {40, 0, 1, 0, 3, 4, 3, 4, 4,
-                                                                       3,  3, 3, 3, 4, 4, 3, 3};
+    constexpr std::array<std::int16_t, kSegmentParameters> kQuiet = {40, 0, 1, 0, 3, 4, 3, 4, 4,
+                                                                     3,  3, 3, 3, 4, 4, 3, 3};
     Parameters all{};
     std::copy(kCodes.begin(), kCodes.end(), all.begin());
     for (std::size_t j = 0; j < kSegments; ++j)
-        std::copy(kSegment.begin(), kSegment.end(), segmentOf(all, j));
+        std::copy(kQuiet.begin(), kQuiet.end(), segmentOf(all, j));
     return all;
 }();
 
