@@ -23,6 +23,7 @@ Vector scaleCodevector(int index, Scalar gain) noexcept;
 
 /// `history` is ten vectors, `q` theirs.
 Vector zeroInputScalar(In<kLong> a, In<kLong> history, In<kShort> q) noexcept;
+Vector zeroInputAvx2(In<kLong> a, In<kLong> history, In<kShort> q) noexcept;
 /// Halves the excitation until the response has room. Of `a` the first four count.
 void zeroState(In<4> a, Vector& excitation, Out<kVector> response) noexcept;
 /// What the synthesis filter gives: `s` is its zero-input response before.
@@ -31,6 +32,7 @@ void addResponses(In<kVector> zeroState, int q, Vector& s) noexcept;
 // Weighting and target: blocks 4, 10, 11 and 16.
 
 void weightScalar(In<kShort> zero, In<kShort> pole, In<15> src, Out<kShort> memory) noexcept;
+void weightAvx2(In<kShort> zero, In<kShort> pole, In<15> src, Out<kShort> memory) noexcept;
 /// Adds the weighted zero-state response to the memory of the zero-input side.
 void weightZeroState(In<kShort> zero, In<kShort> pole, In<kVector> response, int q,
                      Out<kShort> memory) noexcept;
@@ -66,14 +68,25 @@ inline constexpr std::size_t kMostWindow = 105, kMostLags = kLong + 1;
 const WindowShape& windowShape(int kind) noexcept;
 /// Windowed samples, newest first, and their Q. `q` holds that of each vector of five, for the
 /// synthesis filter; others have none.
-int applyWindow(const WindowShape& shape, std::span<const Word> src, std::span<const Word> q,
-                std::span<Word> windowed) noexcept;
-/// Sums of products by lag.
-struct WindowSums {
-    std::array<Wide, kMostLags> entering, fresh;
+int applyWindowScalar(const WindowShape& shape, std::span<const Word> src, std::span<const Word> q,
+                      std::span<Word> windowed) noexcept;
+int applyWindowAvx2(const WindowShape& shape, std::span<const Word> src, std::span<const Word> q,
+                    std::span<Word> windowed) noexcept;
+/// What the recursion keeps of itself, of 65536.
+inline Wide keptOf(const WindowShape& shape) noexcept
+{
+    return 65536 - (1 << (16 - shape.decay));
+}
+/// How far sums of products, the recursion and their total are shifted, which lag 0 decides.
+struct LagShifts {
+    int old, entering; // to the right
+    int recursion;     // to the left, and a negative one to the right
+    int total, fresh;
+    int correlation;
 };
-bool renewCorrelation(const WindowShape& shape, int windowedQ, const WindowSums& sums,
-                      std::span<Word> recursion, int& recursionQ, std::span<Word> r) noexcept;
+/// Renews lag 0 from its sums of products, and the recursion's Q.
+LagShifts renewLag0(const WindowShape& shape, int windowedQ, Wide entering, Wide fresh,
+                    Word& recursion, int& recursionQ, Word& r) noexcept;
 /// Renews the recursion and forms the autocorrelation; whether that is well-conditioned.
 bool correlateScalar(const WindowShape& shape, std::span<const Word> windowed, int windowedQ,
                      std::span<Word> recursion, int& recursionQ, std::span<Word> r) noexcept;
@@ -97,10 +110,12 @@ bool levinsonAvx2(std::span<const Word> r, int from, int to, Predictor& p) noexc
 
 /// The weights of bandwidth expansions by the public kinds.
 std::span<const Word> expansionWeights(int kind) noexcept;
-/// a[i] * weights[i] in Q14, where a has Q 13 to 15. Where a result has no room: false, nothing
-/// written.
-bool expandBandwidth(std::span<const Word> a, int q, std::span<const Word> weights,
-                     std::span<Word> dst) noexcept;
+/// a[i] * weights[i] in Q14, where a has Q 13 to 15; dst may be a. Where a result has no room:
+/// false, nothing written.
+bool expandBandwidthScalar(std::span<const Word> a, int q, std::span<const Word> weights,
+                           std::span<Word> dst) noexcept;
+bool expandBandwidthAvx2(std::span<const Word> a, int q, std::span<const Word> weights,
+                         std::span<Word> dst) noexcept;
 
 // Post-filter: blocks 71 to 77, 81 to 85.
 
@@ -120,12 +135,19 @@ struct PostMemory {
 
 void inverseFilterScalar(In<kShort> a_Q13, In<kVector> src, Out<kShort> memory,
                          Out<kVector> dst) noexcept;
+void inverseFilterAvx2(In<kShort> a_Q13, In<kVector> src, Out<kShort> memory,
+                       Out<kVector> dst) noexcept;
 bool shortTermCoefs(const Predictor& p, Out<kShort> inverse_Q13, ShortTerm& coefs) noexcept;
 int searchPitchScalar(In<kPast> residual, Out<kDecimated> decimated, Out<3> lowpass,
                       int old) noexcept;
+int searchPitchAvx2(In<kPast> residual, Out<kDecimated> decimated, Out<3> lowpass,
+                    int old) noexcept;
 LongTerm longTermCoefsScalar(In<kPast> past, int pitch) noexcept;
+LongTerm longTermCoefsAvx2(In<kPast> past, int pitch) noexcept;
 void postFilterScalar(In<kVector> src, Out<kPast> past, int pitch, const LongTerm& longTerm,
                       const ShortTerm& shortTerm, PostMemory& memory, Out<kVector> dst) noexcept;
+void postFilterAvx2(In<kVector> src, Out<kPast> past, int pitch, const LongTerm& longTerm,
+                    const ShortTerm& shortTerm, PostMemory& memory, Out<kVector> dst) noexcept;
 
 // Concealment: Annex I.
 

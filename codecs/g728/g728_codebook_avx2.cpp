@@ -41,6 +41,11 @@ constexpr bool productsFit() noexcept
 }
 static_assert(productsFit());
 
+/// Five squares of up to this fit 32 bits without sign.
+constexpr Long kMostFiltered = 29308;
+static_assert(kVector * Wide{kMostFiltered} * kMostFiltered <= UINT32_MAX);
+static_assert(kVector * Wide{kMostFiltered + 1} * (kMostFiltered + 1) > UINT32_MAX);
+
 /// Two words in every lane.
 __m256i both(Word lower, Word upper) noexcept
 {
@@ -75,8 +80,7 @@ void shapeEnergiesAvx2(In<kVector> h, Energies energies) noexcept
         }
         avx2::store(&energies[shape], _mm256_srli_epi32(sum, 15));
     }
-    // Five squares of more than this leave 32 bits.
-    if (avx2::max32(largest) > 29308) shapeEnergiesScalar(h, energies);
+    if (avx2::max32(largest) > kMostFiltered) shapeEnergiesScalar(h, energies);
 }
 
 int searchAvx2(In<kVector> u, EnergiesIn energies) noexcept

@@ -68,8 +68,8 @@ std::span<const Word> expansionWeights(int kind) noexcept
     return kWeights[kind];
 }
 
-bool expandBandwidth(std::span<const Word> a, int q, std::span<const Word> weights,
-                     std::span<Word> dst) noexcept
+bool expandBandwidthScalar(std::span<const Word> a, int q, std::span<const Word> weights,
+                           std::span<Word> dst) noexcept
 {
     const int shift = 16 - q; // 1, 2, 3: to Q30
     for (std::size_t i = 0; i < weights.size(); ++i) {
@@ -120,7 +120,7 @@ ZspStatus zspsBandwidthExpand_G728_16s(std::int32_t expansion, const std::int16_
         return zspStsCodecRangeErr;
 
     const auto weights = expansionWeights(expansion);
-    *ok = expandBandwidth({src, weights.size()}, q, weights, {dst, weights.size()});
+    *ok = expandBandwidthAvx2({src, weights.size()}, q, weights, {dst, weights.size()});
     return zspStsNoErr;
 }
 

@@ -70,12 +70,10 @@ static_assert(nrm(8192, 15) == 0 && nrm(-8192, 15) == 1 && nrm(0, 15) == 14 && n
 template <std::size_t n>
 constexpr int vectorNrm(std::span<const Word, n> m, int bits) noexcept
 {
-    int most = 0, least = 0;
-    for (const Word x : m) {
-        most = std::max<int>(most, x);
-        least = std::min<int>(least, x);
-    }
-    return least < -most ? nrm(least, bits) : nrm(most, bits);
+    int filled = 0;
+    for (const Word x : m)
+        filled |= x < 0 ? ~x : x;
+    return nrm(filled, bits);
 }
 
 /// Shifts a vector so that it fills so many bits, and returns the shifts. VSCALE.
@@ -88,7 +86,8 @@ constexpr int normalise(Words& m, int bits) noexcept
     return n;
 }
 
-/// The quotient of two scalars, the half rounded down. y is not 0. DIVIDE.
+/// The quotient of two scalars, to nearest. y is not 0. DIVIDE. Words have no ties: y
+/// would need a factor of 2^16, or be 2^15 below an odd x.
 constexpr Scalar divide(Scalar x, Scalar y) noexcept
 {
     assert(y.m != 0);
@@ -99,7 +98,7 @@ constexpr Scalar divide(Scalar x, Scalar y) noexcept
         ++q;
         n *= 2;
     }
-    const Wide quotient = (n * 32768 + d - 1) / (2 * d); // ceil(n * 2^14 / d - 1/2)
+    const Wide quotient = (n * 32768 + d) / (2 * d);
     return {sat16((x.m < 0) != (y.m < 0) ? -quotient : quotient), q};
 }
 static_assert(divide({16384, 14}, {16384, 14}).m == 16384 && divide({0, 0}, {7, 0}).m == 0);

@@ -2,6 +2,7 @@
 // and then the level that the speech had before.
 
 #include "codecs/g728/g728_blocks.hpp"
+#include "codecs/g728/g728_filter_avx2.hpp"
 #include "codecs/g728/g728_tables.hpp"
 #include "core/entries.hpp"
 #include "core/state.hpp"
@@ -22,12 +23,26 @@ void inverseFilterScalar(In<kShort> a_Q13, In<kVector> src, Out<kShort> memory,
     }
 }
 
+void inverseFilterAvx2(In<kShort> a_Q13, In<kVector> src, Out<kShort> memory,
+                       Out<kVector> dst) noexcept
+{
+    if (hasLeast(a_Q13)) return inverseFilterScalar(a_Q13, src, memory, dst);
+    std::array<Word, kVector> x;
+    std::copy(src.begin(), src.end(), x.begin());
+    Sums sums;
+    addTenTaps(sums, a_Q13, fifteen(x, memory));
+    const auto t = sums.byLane();
+    for (std::size_t i = 0; i < kVector; ++i)
+        dst[kVector - 1 - i] = rh(4 * (t[i] + x[kVector - 1 - i] * Wide{8192}));
+    push(memory, x);
+}
+
 bool shortTermCoefs(const Predictor& p, Out<kShort> inverse_Q13, ShortTerm& coefs) noexcept
 {
     for (std::size_t i = 0; i < kShort; ++i)
         inverse_Q13[i] = rh(shifted(p.a[i], p.q - 29));
-    if (!expandBandwidth(p.a, p.q, kPostPole, coefs.pole)) return false;
-    expandBandwidth(p.a, p.q, kPostZero, coefs.zero); // less wide: has room as well
+    if (!expandBandwidthAvx2(p.a, p.q, kPostPole, coefs.pole)) return false;
+    expandBandwidthAvx2(p.a, p.q, kPostZero, coefs.zero); // less wide: has room as well
     coefs.tilt = rh(p.reflection * Wide{4915});
     return true;
 }
@@ -55,15 +70,21 @@ void followLevel(In<kVector> src, Word& level, Out<kVector> dst) noexcept
     }
 }
 
+/// Samples as the long-term part sees them, Q0.
+void pushWhole(In<kVector> src, Out<kPast> past) noexcept
+{
+    std::array<Word, kVector> whole;
+    for (std::size_t i = 0; i < kVector; ++i)
+        whole[i] = static_cast<Word>(src[i] >> 2);
+    push(past, whole);
+}
+
 } // namespace
 
 void postFilterScalar(In<kVector> src, Out<kPast> past, int pitch, const LongTerm& longTerm,
                       const ShortTerm& shortTerm, PostMemory& memory, Out<kVector> dst) noexcept
 {
-    std::array<Word, kVector> whole; // Q0
-    for (std::size_t i = 0; i < kVector; ++i)
-        whole[i] = static_cast<Word>(src[i] >> 2);
-    push(past, whole);
+    pushWhole(src, past);
     for (std::size_t p = kVector; p-- > 0;) {
         const Wide pitched = Wide{longTerm.gain} * src[p] +
                              Wide{longTerm.tap} * past[static_cast<std::size_t>(pitch) + p];
@@ -78,6 +99,35 @@ void postFilterScalar(In<kVector> src, Out<kPast> past, int pitch, const LongTer
     followLevel(src, memory.level, dst);
 }
 
+void postFilterAvx2(In<kVector> src, Out<kPast> past, int pitch, const LongTerm& longTerm,
+                    const ShortTerm& shortTerm, PostMemory& memory, Out<kVector> dst) noexcept
+{
+    if (hasLeast(shortTerm.zero) || hasLeast(shortTerm.pole))
+        return postFilterScalar(src, past, pitch, longTerm, shortTerm, memory, dst);
+    pushWhole(src, past);
+    std::array<Wide, kVector> pitched;
+    std::array<Word, kVector> behindPitch;
+    for (std::size_t p = 0; p < kVector; ++p) {
+        pitched[p] = Wide{longTerm.gain} * src[p] +
+                     Wide{longTerm.tap} * past[static_cast<std::size_t>(pitch) + p];
+        behindPitch[p] = rh(4 * pitched[p]);
+    }
+    Sums sums;
+    addTenTaps(sums, shortTerm.zero, fifteen(behindPitch, memory.zero));
+    subtractFeedback(sums, shortTerm.pole, memory.pole);
+    auto t = sums.byLane();
+    for (std::size_t i = 0; i < kVector; ++i)
+        t[i] += pitched[kVector - 1 - i];
+    const auto y = closeLoop(shortTerm.pole, t);
+    for (std::size_t i = 0; i < kVector; ++i) {
+        const Word before = i > 0 ? y[i - 1] : memory.pole[0];
+        dst[kVector - 1 - i] = sat16((t[i] + Wide{shortTerm.tilt} * before) >> 14);
+    }
+    push(memory.zero, behindPitch);
+    pushResults(memory.pole, y);
+    followLevel(src, memory.level, dst);
+}
+
 } // namespace zsp::g728
 
 namespace zsp::entry {
@@ -89,8 +139,8 @@ ZspStatus zspsInverseFilter_G728_16s(const std::int16_t* lpc, const std::int16_t
 {
     if (!lpc || !src || !memory || !dst) return zspStsNullPtrErr;
 
-    inverseFilterScalar(In<kShort>(lpc, kShort), In<kVector>(src, kVector),
-                        Out<kShort>(memory, kShort), Out<kVector>(dst, kVector));
+    inverseFilterAvx2(In<kShort>(lpc, kShort), In<kVector>(src, kVector),
+                      Out<kShort>(memory, kShort), Out<kVector>(dst, kVector));
     return zspStsNoErr;
 }
 
@@ -119,8 +169,8 @@ ZspStatus zspsPostFilter_G728_16s(const std::int16_t* src, std::int16_t* past, s
     std::array<Word, kVector> samples;
     std::copy_n(src, kVector, samples.begin());
     InPlace<PostMemory> m(memory);
-    postFilterScalar(samples, Out<kPast>(past, kPast), pitch, readRecord<LongTerm>(longTerm),
-                     readRecord<ShortTerm>(shortTerm), *m, Out<kVector>(dst, kVector));
+    postFilterAvx2(samples, Out<kPast>(past, kPast), pitch, readRecord<LongTerm>(longTerm),
+                   readRecord<ShortTerm>(shortTerm), *m, Out<kVector>(dst, kVector));
     return zspStsNoErr;
 }
 

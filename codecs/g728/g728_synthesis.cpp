@@ -2,6 +2,7 @@
 // what it gave before, and what an excitation adds.
 
 #include "codecs/g728/g728_blocks.hpp"
+#include "codecs/g728/g728_filter_avx2.hpp"
 #include "core/entries.hpp"
 
 namespace zsp::g728 {
@@ -28,6 +29,58 @@ Vector zeroInputScalar(In<kLong> a, In<kLong> history, In<kShort> q) noexcept
         }
         s.m[p] = sat16(t >> 14);
     }
+    s.q = least + normalise(s.m, 15);
+    return s;
+}
+
+namespace {
+
+/// Whether the words have 14 bits, so that five products with any words fit a lane.
+bool isNormalised(In<kLong> history) noexcept
+{
+    const __m256i half = _mm256_set1_epi16(8192);
+    const auto moved = [&](std::size_t n) {
+        return _mm256_add_epi16(avx2::load(&history[n]), half); // 0..16383
+    };
+    const __m256i bits = _mm256_or_si256(_mm256_or_si256(moved(0), moved(16)),
+                                         _mm256_or_si256(moved(32), moved(34)));
+    return _mm256_testz_si256(bits, _mm256_set1_epi16(-16384));
+}
+
+/// Shifts that lead to the same as larger ones: nothing but signs are left.
+constexpr int kMostShift = 31;
+
+} // namespace
+
+Vector zeroInputAvx2(In<kLong> a, In<kLong> history, In<kShort> q) noexcept
+{
+    if (!isNormalised(history)) return zeroInputScalar(a, history, q);
+    const Word least = *std::min_element(q.begin(), q.end());
+
+    // Of the last vector there is less for each sample, as the coefficients end: zeros.
+    static constexpr Pairing k01 = pairing(0, 1), k23 = pairing(2, 1), k4 = pairing(3, 1, true),
+                             kEnd01 = pairing(3, 1), kEnd23 = pairing(5, 1),
+                             kEnd4 = pairing(7, 1, true);
+    Sums sums;
+    for (std::size_t k = 0; k < kShort; ++k) {
+        const Word* const h = &history[5 * k];
+        const bool isLast = k + 1 == kShort;
+        const int shift = q[k] - least;
+        if (isLast && shift >= 30) break;
+        const __m128i first = avx2::load8(&a[isLast ? kLong - 8 : 5 * k]);
+        const __m128i behind = avx2::load8(&a[isLast ? kLong - 8 : 5 * k + 1]);
+        const __m256i sum = _mm256_add_epi32(
+            _mm256_add_epi32(
+                _mm256_madd_epi16(pairAt(h), paired(first, isLast ? kEnd01 : k01)),
+                _mm256_madd_epi16(pairAt(h + 2), paired(first, isLast ? kEnd23 : k23))),
+            _mm256_madd_epi16(_mm256_set1_epi16(h[4]), paired(behind, isLast ? kEnd4 : k4)));
+        sums.add(_mm256_sra_epi32(_mm256_sub_epi32(_mm256_setzero_si256(), sum),
+                                  _mm_cvtsi32_si128(std::min(shift, kMostShift))));
+    }
+    auto t = sums.byLane();
+    const auto y = closeLoop(a.first<kShort>(), t);
+    Vector s;
+    std::reverse_copy(y.begin(), y.end(), s.m.begin());
     s.q = least + normalise(s.m, 15);
     return s;
 }
@@ -78,8 +131,7 @@ ZspStatus zspsSyntesisFilterZeroInput_G728_16s(const std::int16_t* lpc, const st
     if (!std::all_of(srcQ, srcQ + kShort, hasQ)) return zspStsScaleRangeErr;
 
     storeVector(
-        zeroInputScalar(In<kLong>(lpc, kLong), In<kLong>(src, kLong), In<kShort>(srcQ, kShort)),
-        dst);
+        zeroInputAvx2(In<kLong>(lpc, kLong), In<kLong>(src, kLong), In<kShort>(srcQ, kShort)), dst);
     return zspStsNoErr;
 }
 

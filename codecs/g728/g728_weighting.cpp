@@ -4,6 +4,7 @@
 //   W(z) = (1 + sum(zero[i] z^-i)) / (1 + sum(pole[i] z^-i)), i = 1..10
 
 #include "codecs/g728/g728_blocks.hpp"
+#include "codecs/g728/g728_filter_avx2.hpp"
 #include "core/entries.hpp"
 
 namespace zsp::g728 {
@@ -16,6 +17,18 @@ void weightScalar(In<kShort> zero, In<kShort> pole, In<15> src, Out<kShort> memo
             t += Wide{zero[k]} * src[p + 1 + k] - Wide{pole[k]} * memory[k];
         push(memory, sat16(t >> 14));
     }
+}
+
+void weightAvx2(In<kShort> zero, In<kShort> pole, In<15> src, Out<kShort> memory) noexcept
+{
+    if (hasLeast(zero) || hasLeast(pole)) return weightScalar(zero, pole, src, memory);
+    Sums sums;
+    addTenTaps(sums, zero, fifteen(src));
+    subtractFeedback(sums, pole, memory);
+    auto t = sums.byLane();
+    for (std::size_t i = 0; i < kVector; ++i)
+        t[i] += Wide{src[kVector - 1 - i]} * 16384;
+    pushResults(memory, closeLoop(pole, t));
 }
 
 void weightZeroState(In<kShort> zero, In<kShort> pole, In<kVector> response, int q,
@@ -54,8 +67,8 @@ ZspStatus zspsWeightingFilter_G728_16s(const std::int16_t* zero, const std::int1
 {
     if (!zero || !pole || !src || !memory) return zspStsNullPtrErr;
 
-    weightScalar(In<kShort>(zero, kShort), In<kShort>(pole, kShort), In<15>(src, 15),
-                 Out<kShort>(memory, kShort));
+    weightAvx2(In<kShort>(zero, kShort), In<kShort>(pole, kShort), In<15>(src, 15),
+               Out<kShort>(memory, kShort));
     return zspStsNoErr;
 }
 

@@ -24,8 +24,8 @@ const WindowShape& windowShape(int kind) noexcept
     return kWindows[kind];
 }
 
-int applyWindow(const WindowShape& shape, std::span<const Word> src, std::span<const Word> q,
-                std::span<Word> windowed) noexcept
+int applyWindowScalar(const WindowShape& shape, std::span<const Word> src, std::span<const Word> q,
+                      std::span<Word> windowed) noexcept
 {
     if (q.empty()) {
         const int n = vectorNrm(src, 15);
@@ -41,38 +41,27 @@ int applyWindow(const WindowShape& shape, std::span<const Word> src, std::span<c
     return least;
 }
 
-bool renewCorrelation(const WindowShape& shape, int windowedQ, const WindowSums& sums,
-                      std::span<Word> recursion, int& recursionQ, std::span<Word> r) noexcept
+LagShifts renewLag0(const WindowShape& shape, int windowedQ, Wide entering, Wide fresh,
+                    Word& recursion, int& recursionQ, Word& r) noexcept
 {
     // Shifts that bring the recursion and the products, whose Q is twice the window's, together.
     const auto bring = [&](int& recursionShift, int& productShift) {
         recursionShift = 1 + std::max(recursionQ - 2 * windowedQ, 0);
         productShift = 1 + std::max(2 * windowedQ - recursionQ, 0);
     };
-    const Wide kept = 65536 - (1 << (16 - shape.decay));
-    int oldShift, enteringShift, totalShift, freshShift;
-    bring(oldShift, enteringShift);
+    LagShifts s{};
+    bring(s.old, s.entering);
     recursionQ = std::min(recursionQ, 2 * windowedQ);
-
-    // Lag 0 decides how far all lags are shifted.
-    Wide a = shifted(recursion[0] * kept, oldShift) + shifted(sums.entering[0], enteringShift);
-    const int n1 = nrm(a, 32);
-    recursion[0] = rh(shifted(a, -n1));
-    recursionQ += n1 - 1;
-    bring(totalShift, freshShift);
-    a = shifted(recursion[0] * Wide{65536}, totalShift) + shifted(sums.fresh[0], freshShift);
+    Wide a = shifted(recursion * keptOf(shape), s.old) + shifted(entering, s.entering);
+    s.recursion = nrm(a, 32);
+    recursion = rh(shifted(a, -s.recursion));
+    recursionQ += s.recursion - 1;
+    bring(s.total, s.fresh);
+    a = shifted(recursion * Wide{65536}, s.total) + shifted(fresh, s.fresh);
     a += a >> 8; // white noise 24 dB below
-    const int n2 = nrm(a, 32);
-    r[0] = rh(shifted(a, -n2));
-
-    for (std::size_t l = 1; l < r.size(); ++l) {
-        a = shifted(recursion[l] * kept, oldShift) + shifted(sums.entering[l], enteringShift);
-        recursion[l] = rh(sat32(shifted(a, -n1)));
-        a = shifted(recursion[l] * Wide{65536}, totalShift) + shifted(sums.fresh[l], freshShift);
-        a = sat32(shifted(a, -n2));
-        r[l] = rh(a);
-    }
-    return a != 0;
+    s.correlation = nrm(a, 32);
+    r = rh(shifted(a, -s.correlation));
+    return s;
 }
 
 bool correlateScalar(const WindowShape& shape, std::span<const Word> windowed, int windowedQ,
@@ -84,12 +73,19 @@ bool correlateScalar(const WindowShape& shape, std::span<const Word> windowed, i
             s += Wide{windowed[n]} * windowed[n + lag];
         return s;
     };
-    WindowSums sums;
-    for (std::size_t l = 0; l < r.size(); ++l) {
-        sums.entering[l] = sum(shape.fresh, shape.entering, l);
-        sums.fresh[l] = sum(0, shape.fresh, l);
+    const auto entering = [&](std::size_t lag) { return sum(shape.fresh, shape.entering, lag); };
+    const auto fresh = [&](std::size_t lag) { return sum(0, shape.fresh, lag); };
+    const LagShifts s =
+        renewLag0(shape, windowedQ, entering(0), fresh(0), recursion[0], recursionQ, r[0]);
+    Wide a = 0;
+    for (std::size_t l = 1; l < r.size(); ++l) {
+        a = shifted(recursion[l] * keptOf(shape), s.old) + shifted(entering(l), s.entering);
+        recursion[l] = rh(sat32(shifted(a, -s.recursion)));
+        a = shifted(recursion[l] * Wide{65536}, s.total) + shifted(fresh(l), s.fresh);
+        a = sat32(shifted(a, -s.correlation));
+        r[l] = rh(a);
     }
-    return renewCorrelation(shape, windowedQ, sums, recursion, recursionQ, r);
+    return a != 0;
 }
 
 } // namespace zsp::g728
@@ -114,7 +110,7 @@ ZspStatus zspsHybridWindow_G728_16s(std::int32_t window, const std::int16_t* src
     std::array<Word, kMostWindow> windowed;
     const std::span<Word> w(windowed.data(), length);
     const int q =
-        applyWindow(shape, {src, length}, {srcQ, hasVectors ? kMostWindow / kVector : 0}, w);
+        applyWindowAvx2(shape, {src, length}, {srcQ, hasVectors ? kMostWindow / kVector : 0}, w);
     int nextQ = *recursionQ;
     *ok = correlateAvx2(shape, w, q, {recursion, lags}, nextQ, {dst, lags});
     if (window == zspG728WindowWeighting) nextQ = std::min(nextQ, 41);

@@ -1,6 +1,7 @@
-// The Levinson-Durbin recursion up to order 10 and from there to 50. No package offers this codec:
-// there is nothing else to compare with.
+// The Levinson-Durbin recursion up to order 10 and from there to 50, and the expansion behind it.
+// No package offers this codec: there is nothing else to compare with.
 
+#include "bench/support/pool.hpp"
 #include "bench/support/versions.hpp"
 #include "codecs/g728/g728_blocks.hpp"
 
@@ -42,7 +43,22 @@ void levinson(benchmark::State& state, Levinson kernel)
     });
 }
 
+using Expand = bool (*)(std::span<const Word>, int, std::span<const Word>,
+                        std::span<Word>) noexcept;
+
+void expand(benchmark::State& state, Expand kernel)
+{
+    WordPool pool(1, 7000);
+    const auto weights = expansionWeights(0);
+    std::array<Word, kLong> wider;
+    loop(state, kLong, [&] {
+        if (!kernel(pool.next(kLong), 14, weights, wider)) state.SkipWithError("no room");
+    });
+}
+
 const bool registered =
+    add<Expand>("g728Expand", expand,
+                {{"definition", expandBandwidthScalar}, {"avx2", expandBandwidthAvx2}}) &&
     add<Levinson>("g728Levinson", levinson,
                   {{"definition", levinsonScalar}, {"avx2", levinsonAvx2}}, {{0, 10}, {10, 50}});
 

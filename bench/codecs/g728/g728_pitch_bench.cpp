@@ -37,7 +37,10 @@ void coefs(benchmark::State& state, Coefs kernel)
     });
 }
 
-const bool registered = add<Search>("g728Pitch", search, {{"definition", searchPitchScalar}}) &&
-                        add<Coefs>("g728LongTerm", coefs, {{"definition", longTermCoefsScalar}});
+const bool registered =
+    add<Search>("g728Pitch", search,
+                {{"definition", searchPitchScalar}, {"avx2", searchPitchAvx2}}) &&
+    add<Coefs>("g728LongTerm", coefs,
+               {{"definition", longTermCoefsScalar}, {"avx2", longTermCoefsAvx2}});
 
 } // namespace

@@ -46,7 +46,9 @@ void filter(benchmark::State& state, Filter kernel)
 }
 
 const bool registered =
-    add<Inverse>("g728Inverse", inverse, {{"definition", inverseFilterScalar}}) &&
-    add<Filter>("g728PostFilter", filter, {{"definition", postFilterScalar}});
+    add<Inverse>("g728Inverse", inverse,
+                 {{"definition", inverseFilterScalar}, {"avx2", inverseFilterAvx2}}) &&
+    add<Filter>("g728PostFilter", filter,
+                {{"definition", postFilterScalar}, {"avx2", postFilterAvx2}});
 
 } // namespace

@@ -27,6 +27,7 @@ void zeroInput(benchmark::State& state, Filter kernel)
     });
 }
 
-const bool registered = add<Filter>("g728ZeroInput", zeroInput, {{"definition", zeroInputScalar}});
+const bool registered = add<Filter>("g728ZeroInput", zeroInput,
+                                    {{"definition", zeroInputScalar}, {"avx2", zeroInputAvx2}});
 
 } // namespace

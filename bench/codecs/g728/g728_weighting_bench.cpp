@@ -27,6 +27,7 @@ void weight(benchmark::State& state, Filter kernel)
     });
 }
 
-const bool registered = add<Filter>("g728Weight", weight, {{"definition", weightScalar}});
+const bool registered =
+    add<Filter>("g728Weight", weight, {{"definition", weightScalar}, {"avx2", weightAvx2}});
 
 } // namespace

@@ -1,5 +1,6 @@
 // Concealment of G.728 Annex I.
 
+#include "tests/codecs/g728/g728_arguments.hpp"
 #include "tests/support/contract.hpp"
 #include "tests/support/vectors.hpp"
 #include "zspsc/g728/postfilter.h"
@@ -14,12 +15,6 @@ namespace {
 
 using namespace zsp::test;
 using Words = std::vector<std::int16_t>;
-
-/// A scalar with a Q that is taken, or one that is not.
-Argument scalar(std::int16_t q, std::int16_t mantissa = 16384)
-{
-    return in(Words{mantissa, q});
-}
 
 void startRandom(void* state)
 {
@@ -38,10 +33,10 @@ const bool registered = addContracts({
     Contract(ZSP_NAMED(zspsErasedExcitationGetStateSize_G728_16s), {out<std::int32_t>(1)}),
     Contract(ZSP_NAMED(zspsErasedExcitationInit_G728_16s), {state(76)}),
     Contract(ZSP_NAMED(zspsErasedExcitation_G728_16s),
-             {number(135), scalar(-64), in<std::int16_t>(140), state(76, startRandom),
+             {number(135), in(scalarWithQ(-64)), in<std::int16_t>(140), state(76, startRandom),
               out<std::int16_t>(6), out<std::int16_t>(1)})
-        .row({{1, scalar(65)}}, zspStsScaleRangeErr)
-        .row({{1, scalar(-65)}}, zspStsScaleRangeErr)
+        .row({{1, in(scalarWithQ(65))}}, zspStsScaleRangeErr)
+        .row({{1, in(scalarWithQ(-65))}}, zspStsScaleRangeErr)
         .row({{0, number(136)}}, zspStsCodecRangeErr)
         .row({{0, number(-2)}}, zspStsCodecRangeErr),
 });

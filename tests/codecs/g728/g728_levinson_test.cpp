@@ -2,6 +2,7 @@
 
 #include "codecs/g728/g728_blocks.hpp"
 
+#include "tests/codecs/g728/g728_arguments.hpp"
 #include "tests/support/contract.hpp"
 #include "tests/support/samples.hpp"
 #include "tests/support/vectors.hpp"
@@ -9,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <string>
@@ -124,6 +126,62 @@ TEST(G728Levinson, Avx2EqualsDefinition)
     EXPECT_GT(good, 2000);
     EXPECT_GT(halved, 500);
     EXPECT_LT(good, 19000);
+}
+
+// From any words on: coefficients at the ends, energies that are none, correlations that are.
+TEST(G728Levinson, Avx2EqualsDefinitionFromAnyState)
+{
+    using namespace zsp::g728;
+    Samples samples(52);
+    int good = 0;
+    for (int round = 0; round < 30000; ++round) {
+        Words r = wordsOf(samples, 51, round);
+        if (round % 3)
+            for (auto& x : r)
+                x = static_cast<std::int16_t>(x >> (3 + samples.below(10)));
+        const int from = 1 + samples.below(49), to = from + 1 + samples.below(50 - from);
+        Predictor want;
+        std::ranges::copy(wordsOf(samples, kLong, round / 2), want.a.begin());
+        if (round % 4)
+            for (auto& x : want.a)
+                x = static_cast<std::int16_t>(x >> 5);
+        want.q = 13 + samples.below(3);
+        want.alpha = static_cast<Word>(samples.below(8) ? 32767 - samples.below(300)
+                                                        : samples.integer<std::int16_t>());
+        Predictor got = want;
+        const auto words = std::span(r).first(static_cast<std::size_t>(to) + 1);
+        const bool isGood = levinsonScalar(words, from, to, want);
+        ASSERT_EQ(levinsonAvx2(words, from, to, got), isGood) << round;
+        expectEqual(got.a, want.a, "round " + std::to_string(round));
+        ASSERT_EQ(got.q, want.q) << round;
+        ASSERT_EQ(got.alpha, want.alpha) << round;
+        good += isGood;
+    }
+    EXPECT_GT(good, 3000);
+    EXPECT_LT(good, 25000);
+}
+
+TEST(G728Levinson, ExpansionByAvx2EqualsDefinition)
+{
+    using namespace zsp::g728;
+    Samples samples(53);
+    int good = 0;
+    for (int round = 0; round < 20000; ++round) {
+        const auto weights = expansionWeights(round % 7);
+        Words a = wordsOf(samples, weights.size(), round), want(weights.size(), 7), got = want;
+        if (round % 2)
+            for (auto& x : a)
+                x = static_cast<std::int16_t>(x >> samples.below(3));
+        const int q = 13 + samples.below(3);
+        const bool isGood = expandBandwidthScalar(a, q, weights, want);
+        ASSERT_EQ(expandBandwidthAvx2(a, q, weights, got), isGood) << round;
+        expectEqual(got, want, "round " + std::to_string(round));
+        ASSERT_EQ(expandBandwidthAvx2(a, q, weights, a), isGood) << round << ", in place";
+        if (isGood) expectEqual(a, want, "in place, round " + std::to_string(round));
+        good += isGood;
+    }
+    EXPECT_GT(good, 2000);
+    EXPECT_LT(good, 18000);
 }
 
 } // namespace

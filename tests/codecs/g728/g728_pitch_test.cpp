@@ -1,11 +1,18 @@
 // The pitch search of the G.728 post-filter.
 
+#include "codecs/g728/g728_blocks.hpp"
+
+#include "tests/codecs/g728/g728_arguments.hpp"
 #include "tests/support/contract.hpp"
+#include "tests/support/samples.hpp"
+#include "tests/support/vectors.hpp"
 #include "zspsc/g728/postfilter.h"
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdint>
+#include <string>
 #include <vector>
 
 namespace {
@@ -46,6 +53,45 @@ TEST(G728Pitch, FindsThePeriod)
         EXPECT_LT(coefs[0], 16384);
         EXPECT_GT(coefs[1], 0);
     }
+}
+
+// Waves of all periods with noise, any words, and all the same, so that lags tie.
+TEST(G728Pitch, Avx2EqualsDefinition)
+{
+    using namespace zsp::g728;
+    Samples samples(82);
+    int kept = 0;
+    for (int round = 0; round < 5000; ++round) {
+        Words residual = wordsOf(samples, 240, round), decimated = wordsOf(samples, 60, round / 2);
+        if (round % 3 == 0) {
+            const double turn = 2 * 3.14159265 / (10 + samples.below(140));
+            for (std::size_t i = 0; i < residual.size(); ++i)
+                residual[i] = static_cast<std::int16_t>(
+                    residual[i] / 8 + 28000 * std::cos(turn * static_cast<double>(i)));
+            for (std::size_t i = 0; i < decimated.size(); ++i)
+                decimated[i] = residual[4 * i];
+        }
+        if (round % 16 == 1) residual.assign(240, residual[0]);
+        if (round % 16 == 2) decimated.assign(60, 0);
+        const int old = 20 + samples.below(121);
+        Words got = decimated, wantLow = samples.words(3), low = wantLow;
+        const In<kPast> past(residual.data(), kPast);
+        const int want = searchPitchScalar(past, Out<kDecimated>(decimated.data(), kDecimated),
+                                           Out<3>(wantLow.data(), 3), old);
+        ASSERT_EQ(searchPitchAvx2(past, Out<kDecimated>(got.data(), kDecimated),
+                                  Out<3>(low.data(), 3), old),
+                  want)
+            << round;
+        expectEqual(got, decimated, "decimated, round " + std::to_string(round));
+        expectEqual(low, wantLow, "memory, round " + std::to_string(round));
+        kept += want < old - 6;
+
+        const LongTerm wanted = longTermCoefsScalar(past, old), c = longTermCoefsAvx2(past, old);
+        ASSERT_EQ(c.gain, wanted.gain) << round;
+        ASSERT_EQ(c.tap, wanted.tap) << round;
+        ASSERT_EQ(c.measured_Q14, wanted.measured_Q14) << round;
+    }
+    EXPECT_GT(kept, 500);
 }
 
 } // namespace
