@@ -16,6 +16,7 @@ std::span<const Family> families()
         {"GSM-AMR", "3GPP TS 26.093, 26.094", {"gsmamr"}, checkGsmAmr},
         {"AMR-WB", "3GPP TS 26.173, 26.194", {"amrwb"}, checkAmrWb},
         {"G.729", "ITU-T G.729", {"g729", "math"}, checkG729},
+        {"G.729 coder", "ITU-T G.729", {"g729codec"}, checkG729Coder},
         {"level control", "ITU-T G.169", {"alc"}, checkLevelControl},
     };
     return kFamilies;

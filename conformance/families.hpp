@@ -30,6 +30,7 @@ void checkG723(const Vectors& vectors, Checks& checks);
 void checkG726(const Vectors& vectors, Checks& checks);
 void checkG728(const Vectors& vectors, Checks& checks);
 void checkG729(const Vectors& vectors, Checks& checks);
+void checkG729Coder(const Vectors& vectors, Checks& checks);
 void checkGsmFullRate(const Vectors& vectors, Checks& checks);
 void checkGsmAmr(const Vectors& vectors, Checks& checks);
 void checkAmrWb(const Vectors& vectors, Checks& checks);

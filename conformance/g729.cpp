@@ -1,8 +1,8 @@
 // G.729: high-pass filter, line spectral pairs to frequencies, inverse square root.
 
-#include "zspsc/g729.h"
 #include "conformance/families.hpp"
 #include "zspsc/correlation.h"
+#include "zspsc/g729/filters.h"
 
 #include <algorithm>
 #include <array>

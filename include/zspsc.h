@@ -18,7 +18,8 @@
  * | G.723.1 | all blocks of encoder and decoder | plain arrays and public records |
  * | G.726 | encoder and decoder at four rates | 88 and 92 bytes |
  * | G.728 | all blocks of coder, post-filter and concealment | memories of the caller's; 76 bytes |
- * | G.729 | high-pass filter; LSP to LSF | 24 bytes; none |
+ * | linear prediction | filters that coders share | none |
+ * | G.729 | high-pass filter; linear prediction, LSP | 24 bytes; none |
  * | GSM full rate | the blocks of the coder | the caller's arrays, cleared at the start |
  * | GSM-AMR | two activity detectors, DTX bookkeeping | public records, set up by the caller |
  * | AMR-WB | activity detector; spectral frequencies | a public record; none |
@@ -84,6 +85,7 @@
 #include "zspsc/alc_g169.h"
 #include "zspsc/amrwb/isf.h"
 #include "zspsc/amrwb/vad.h"
+#include "zspsc/celp.h"
 #include "zspsc/correlation.h"
 #include "zspsc/ec/bank.h"
 #include "zspsc/ec/controller.h"
@@ -99,7 +101,8 @@
 #include "zspsc/g728/adapt.h"
 #include "zspsc/g728/coder.h"
 #include "zspsc/g728/postfilter.h"
-#include "zspsc/g729.h"
+#include "zspsc/g729/filters.h"
+#include "zspsc/g729/lp.h"
 #include "zspsc/gsmamr_vad.h"
 #include "zspsc/gsmfr/frame.h"
 #include "zspsc/gsmfr/residual.h"

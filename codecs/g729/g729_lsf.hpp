@@ -1,13 +1,12 @@
 // Line spectral pairs to line spectral frequencies, ITU-T G.729 clause 3.2.4.
 #pragma once
 
-#include <cstddef>
+#include "codecs/g729/g729.hpp"
+
 #include <cstdint>
 #include <span>
 
 namespace zsp::g729 {
-
-inline constexpr std::size_t kOrder = 10;
 
 using LspIn = std::span<const std::int16_t, kOrder>;
 using LsfOut = std::span<std::int16_t, kOrder>;

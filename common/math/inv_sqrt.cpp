@@ -41,6 +41,8 @@ constexpr auto kBaseAndSlope = [] {
 
 constexpr fx::Long kLargest = 0x3fff'ffff; // the root of what is not positive
 
+} // namespace
+
 fx::Long invSqrt(fx::Long x) noexcept
 {
     if (x <= 0) return kLargest;
@@ -54,6 +56,8 @@ fx::Long invSqrt(fx::Long x) noexcept
     const fx::Long slope = entry & 0xffff;
     return (base - fraction_Q15 * slope) >> (k / 2);
 }
+
+namespace {
 
 // kBaseAndSlope[index] for indices 0 to 47: each of the six vectors of the table is looked up by
 // the lower three bits, and bits 3 to 5 choose among the six.

@@ -3,9 +3,14 @@
 
 #include "core/spans.hpp"
 
+#include <cstdint>
+
 namespace zsp::common {
 
-/// The definition: x[i] = 1 / sqrt(x[i]) with the arithmetic of ITU-T G.729, Inv_sqrt.
+/// 1 / sqrt(x) in Q30 with the arithmetic of ITU-T G.729, Inv_sqrt; 2^30 - 1 for x <= 0.
+std::int32_t invSqrt(std::int32_t x) noexcept;
+
+/// The definition: invSqrt() of each.
 void invSqrtScalar(Out32 x) noexcept;
 
 /// Equal to invSqrtScalar in every result.

@@ -5,82 +5,24 @@
 #include "codecs/g723/g723.hpp"
 #include "tests/support/contract.hpp"
 #include "tests/support/samples.hpp"
+#include "tests/support/trace.hpp"
 #include "tests/support/vectors.hpp"
 #include "zspsc/g723/encoder.h"
 #include "zspsc/g723/search.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <map>
 #include <string>
 #include <vector>
 
 namespace zsp::test::g723 {
 
-using Words = std::vector<std::int16_t>;
-
 inline const std::vector<std::string> kModes = {"63", "53", "63dtx"};
-
-/// The results of one frame; a name stands once, or once for each sub-frame.
-class TracedFrame {
-  public:
-    void put(const std::string& name, std::vector<std::int64_t> values)
-    {
-        results_[name].push_back(std::move(values));
-    }
-    bool has(const std::string& name) const { return results_.contains(name); }
-
-    Words words(const std::string& name, std::size_t which = 0) const
-    {
-        const auto& values = find(name, which);
-        return {values.begin(), values.end()};
-    }
-    std::int32_t value(const std::string& name, std::size_t which = 0) const
-    {
-        return static_cast<std::int32_t>(find(name, which).at(0));
-    }
-    std::int16_t word(const std::string& name, std::size_t which = 0) const
-    {
-        return static_cast<std::int16_t>(value(name, which));
-    }
-    std::vector<std::int32_t> longs(const std::string& name, std::size_t which = 0) const
-    {
-        const auto& values = find(name, which);
-        return {values.begin(), values.end()};
-    }
-
-  private:
-    const std::vector<std::int64_t>& find(const std::string& name, std::size_t which) const
-    {
-        static const std::vector<std::int64_t> nothing(512);
-        const auto found = results_.find(name);
-        const bool there = found != results_.end() && which < found->second.size();
-        EXPECT_TRUE(there) << name << " " << which << " is not in the trace";
-        return there ? found->second[which] : nothing;
-    }
-
-    std::map<std::string, std::vector<std::vector<std::int64_t>>> results_;
-};
 
 /// The frames of one side: "encode" or "decode".
 inline std::vector<TracedFrame> traced(const std::string& mode, const std::string& side)
 {
-    std::vector<TracedFrame> frames;
-    bool wanted = false;
-    for (const auto& line : readRuns("g723/trace." + mode + ".txt")) {
-        if (line[0].ends_with("_frame")) {
-            wanted = line[0] == side + "_frame";
-            if (wanted) frames.emplace_back();
-            continue;
-        }
-        if (!wanted) continue;
-        std::vector<std::int64_t> values;
-        for (std::size_t i = 2; i < line.size(); ++i)
-            values.push_back(std::strtoll(line[i].c_str(), nullptr, 10));
-        frames.back().put(line[0], std::move(values));
-    }
-    EXPECT_GE(frames.size(), 5u) << mode;
-    return frames;
+    return readTrace("g723/trace." + mode + ".txt", side + "_frame",
+                     [](const std::string& name) { return name.ends_with("_frame"); });
 }
 
 /// Calls test(frame, what) for every frame of every mode.

@@ -5,7 +5,7 @@
 #include "tests/support/contract.hpp"
 #include "tests/support/samples.hpp"
 #include "tests/support/vectors.hpp"
-#include "zspsc/g729.h"
+#include "zspsc/g729/filters.h"
 
 #include <gtest/gtest.h>
 

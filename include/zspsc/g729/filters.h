@@ -1,11 +1,11 @@
 /**
- * @file zspsc/g729.h
+ * @file zspsc/g729/filters.h
  * @brief G.729 filters and conversions.
  */
-#ifndef ZSPSC_G729_H
-#define ZSPSC_G729_H
+#ifndef ZSPSC_G729_FILTERS_H
+#define ZSPSC_G729_FILTERS_H
 
-#include "types.h"
+#include "../types.h"
 
 #ifdef __cplusplus
 extern "C" {
