@@ -131,11 +131,11 @@ bool levinsonAvx2(std::span<const Word> r, int from, int to, Predictor& p) noexc
     const auto last = static_cast<std::size_t>(to);
     Predictor next = p;
     if (from == 0 && !levinsonScalar(r.first(2), 0, 1, next)) return false;
-    if (next.alpha <= 0) return false;
     Reversed reversed{};
     for (std::size_t l = 1; l <= last; ++l)
         reversed[kLong - l] = r[l];
     for (int i = std::max(from, 1); i < to;) {
+        if (next.alpha <= 0) return false; // nothing is below it
         // Of a least word and another two products do not fit a lane.
         const auto count = static_cast<std::size_t>(i);
         const auto end = next.a.begin() + i;
