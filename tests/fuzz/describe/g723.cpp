@@ -197,7 +197,12 @@ std::vector<Description> encoderBlocks()
          }},
         {ZSP_DESCRIBED(zspsOpenLoopPitchSearch_G723_16s),
          {in(385), out(385).orIn({0}), out(2)},
-         {nulls()}},
+         {nulls()},
+         [](const Word* x, Word* normalised, Word* lags) {
+             g723::openLoopSearch(spanOf<385>(x), spanOf<385>(normalised), spanOf<2>(lags));
+             for (std::size_t half = 0; half < 2; ++half)
+                 lags[half] = g723::openLoopLagOf(normalised + 145 + 120 * half, false);
+         }},
         {ZSP_DESCRIBED(zspsHarmonicSearch_G723_16s),
          {in(60).after(145), number(18, 142), out(1), out(1)},
          {nulls(), kRange(1)}},
@@ -206,17 +211,35 @@ std::vector<Description> encoderBlocks()
          {nulls(), kRange(1)}},
         {ZSP_DESCRIBED(zspsImpulseResponse_G723_16s),
          {in(10), in(20), number(1, 145), anyWord(), out(60)},
-         {nulls(), kRange(2)}},
+         {nulls(), kRange(2)},
+         [](const Word* lpc, const Word* coefs, Word lag, Word gain, Word* dst) {
+             g723::impulseResponseScalar(spanOf<10>(lpc), spanOf<20>(coefs), {lag, gain},
+                                         spanOf<60>(dst));
+         }},
         {ZSP_DESCRIBED(zspsRingingSubtract_G723_16s_I),
          {in(10), in(20), number(1, 145), anyWord(), in(165), inOut(60)},
-         {nulls(), kRange(2)}},
+         {nulls(), kRange(2)},
+         [](const Word* lpc, const Word* coefs, Word lag, Word gain, const Word* memory, Word* x) {
+             g723::subtractRingingScalar(spanOf<10>(lpc), spanOf<20>(coefs), {lag, gain},
+                                         spanOf<165>(memory), spanOf<60>(x));
+         }},
         {ZSP_DESCRIBED(zspsRingingUpdate_G723_16s),
          {in(10), in(20), in(60), inOut(165)},
-         {nulls()}},
+         {nulls()},
+         [](const Word* lpc, const Word* coefs, const Word* excitation, Word* memory) {
+             g723::updateRingingScalar(spanOf<10>(lpc), spanOf<20>(coefs), spanOf<60>(excitation),
+                                       spanOf<165>(memory));
+         }},
         {ZSP_DESCRIBED(zspsAdaptiveCodebookSearch_G723_16s),
          {in(60), in(60), in(145), in(5), number(kMin, kMax), subframe(), frameInOut()},
          {nulls(), kRange(5), unfit(6, 5, searchFits)}},
-        {ZSP_DESCRIBED(zspsAdaptiveSubtract_G723_16s_I), {in(60), in(60), inOut(60)}, {nulls()}},
+        {ZSP_DESCRIBED(zspsAdaptiveSubtract_G723_16s_I),
+         {in(60), in(60), inOut(60)},
+         {nulls()},
+         [](const Word* vector, const Word* response, Word* target) {
+             g723::subtractAdaptiveScalar(spanOf<60>(vector), spanOf<60>(response),
+                                          spanOf<60>(target));
+         }},
         {ZSP_DESCRIBED(zspsTamingUpdate_G723_32s_I),
          {frameIn(), subframe(), inOut(5)},
          {nulls(), kRange(1), unfit(0, 1, g723::adaptiveFits)}},

@@ -1,6 +1,6 @@
 // The blocks of G.728.
 
-#include "codecs/g728/g728_blocks.hpp"
+#include "tests/codecs/g728/g728_definitions.hpp"
 #include "tests/fuzz/describe.hpp"
 #include "zspsc/g728/adapt.h"
 #include "zspsc/g728/coder.h"
@@ -12,6 +12,8 @@
 namespace zsp::fuzz {
 
 namespace {
+
+namespace definitions = g728::definitions;
 
 /// Words from `first` on are brought into a range: checks of numbers follow those of content.
 Argument within(Argument a, std::size_t first, int low, int high)
@@ -70,46 +72,44 @@ Length ofWindow(int synthesis, int weighting, int logGain)
 
 Family coder()
 {
-    return {
-        .name = "g728-coder",
-        .exports = {{ZSP_DESCRIBED(zspsLogGainPredict_G728_16s),
-                     {in(10), in(10), number(-16384, 14336), out(1), out(2)},
-                     {nulls(), outside(2, zspStsRangeErr)}},
-                    {ZSP_DESCRIBED(zspsLogGainUpdate_G728_16s),
-                     {anyWord(), number(0, 1023), out(1)},
-                     {nulls(), outside(1, zspStsCodecRangeErr)}},
-                    {ZSP_DESCRIBED(zspsCodevectorScale_G728_16s),
-                     {number(0, 1023), withQ(in(2), 2), out(6)},
-                     {nulls(), badQ(1, 2), outside(0, zspStsCodecRangeErr)}},
-                    {ZSP_DESCRIBED(zspsSyntesisFilterZeroInput_G728_16s),
-                     {in(50), in(50), within(in(10), 0, -64, 64), out(6)},
-                     {nulls(), beyond(2, 0, 10, -64, 64, zspStsScaleRangeErr)}},
-                    {ZSP_DESCRIBED(zspsSynthesisFilterZeroState_G728_16s),
-                     {in(4), withQ(inOut(6), 6), out(5)},
-                     {nulls(), badQ(1, 6)}},
-                    {ZSP_DESCRIBED(zspsSynthesisFilterUpdate_G728_16s),
-                     {in(5), q(), withQ(inOut(6), 6)},
-                     {nulls(), outside(1, zspStsScaleRangeErr), badQ(2, 6)}},
-                    {ZSP_DESCRIBED(zspsWeightingFilter_G728_16s),
-                     {in(10), in(10), in(15), inOut(10)},
-                     {nulls()}},
-                    {ZSP_DESCRIBED(zspsWeightingFilterUpdate_G728_16s),
-                     {in(10), in(10), in(5), q(), inOut(10)},
-                     {nulls(), outside(3, zspStsScaleRangeErr)}},
-                    {ZSP_DESCRIBED(zspsTargetNormalize_G728_16s),
-                     {in(5), in(5), withQ(in(2), 2), out(6)},
-                     {nulls(), badQ(2, 2), beyond(2, 0, 1, 1, 32767, zspStsRangeErr)}},
-                    {ZSP_DESCRIBED(zspsImpulseResponseAndEnergy_G728_16s32s),
-                     {in(4), in(4), in(4), out(5), out(128)},
-                     {nulls()}},
-                    {ZSP_DESCRIBED(zspsCodebookSearch_G728_16s),
-                     {withQ(in(6), 6), in(5), in(128), out(1)},
-                     {nulls(), badQ(0, 6)},
-                     [](const Word* target, const Word* impulse, const Long* energy, Long* index) {
-                         const auto u =
-                             g728::reverseConvolve(g728::vectorAt(target), g728::In<5>(impulse, 5));
-                         *index = g728::searchScalar(u, g728::EnergiesIn(energy, 128));
-                     }}}};
+    return {.name = "g728-coder",
+            .exports = {{ZSP_DESCRIBED(zspsLogGainPredict_G728_16s),
+                         {in(10), in(10), number(-16384, 14336), out(1), out(2)},
+                         {nulls(), outside(2, zspStsRangeErr)}},
+                        {ZSP_DESCRIBED(zspsLogGainUpdate_G728_16s),
+                         {anyWord(), number(0, 1023), out(1)},
+                         {nulls(), outside(1, zspStsCodecRangeErr)}},
+                        {ZSP_DESCRIBED(zspsCodevectorScale_G728_16s),
+                         {number(0, 1023), withQ(in(2), 2), out(6)},
+                         {nulls(), badQ(1, 2), outside(0, zspStsCodecRangeErr)}},
+                        {ZSP_DESCRIBED(zspsSyntesisFilterZeroInput_G728_16s),
+                         {in(50), in(50), within(in(10), 0, -64, 64), out(6)},
+                         {nulls(), beyond(2, 0, 10, -64, 64, zspStsScaleRangeErr)},
+                         definitions::zspsSyntesisFilterZeroInput_G728_16s},
+                        {ZSP_DESCRIBED(zspsSynthesisFilterZeroState_G728_16s),
+                         {in(4), withQ(inOut(6), 6), out(5)},
+                         {nulls(), badQ(1, 6)}},
+                        {ZSP_DESCRIBED(zspsSynthesisFilterUpdate_G728_16s),
+                         {in(5), q(), withQ(inOut(6), 6)},
+                         {nulls(), outside(1, zspStsScaleRangeErr), badQ(2, 6)}},
+                        {ZSP_DESCRIBED(zspsWeightingFilter_G728_16s),
+                         {in(10), in(10), in(15), inOut(10)},
+                         {nulls()},
+                         definitions::zspsWeightingFilter_G728_16s},
+                        {ZSP_DESCRIBED(zspsWeightingFilterUpdate_G728_16s),
+                         {in(10), in(10), in(5), q(), inOut(10)},
+                         {nulls(), outside(3, zspStsScaleRangeErr)}},
+                        {ZSP_DESCRIBED(zspsTargetNormalize_G728_16s),
+                         {in(5), in(5), withQ(in(2), 2), out(6)},
+                         {nulls(), badQ(2, 2), beyond(2, 0, 1, 1, 32767, zspStsRangeErr)}},
+                        {ZSP_DESCRIBED(zspsImpulseResponseAndEnergy_G728_16s32s),
+                         {in(4), in(4), in(4), out(5), out(128)},
+                         {nulls()},
+                         definitions::zspsImpulseResponseAndEnergy_G728_16s32s},
+                        {ZSP_DESCRIBED(zspsCodebookSearch_G728_16s),
+                         {withQ(in(6), 6), in(5), in(128), out(1)},
+                         {nulls(), badQ(0, 6)},
+                         definitions::zspsCodebookSearch_G728_16s}}};
 }
 
 Family adaptation()
@@ -122,7 +122,8 @@ Family adaptation()
                   out(ofWindow(51, 11, 11)), out(1)},
                  {nulls(), outside(0, zspStsCodecRangeErr),
                   beyond(4, 0, 1, -256, 256, zspStsScaleRangeErr),
-                  beyond(2, 0, 21, -64, 64, zspStsScaleRangeErr)}},
+                  beyond(2, 0, 21, -64, 64, zspStsScaleRangeErr)},
+                 definitions::zspsHybridWindow_G728_16s},
                 {ZSP_DESCRIBED(zspsLevinsonDurbin_G728_16s),
                  {in(51), number(0, 49), number(1, 50), inOut(50),
                   inOut(3).fitted([](const Call&, std::span<std::byte> bytes) {
@@ -142,11 +143,13 @@ Family adaptation()
                           const Word w = c.data<Word>(4)[0];
                           return c.number(1) > 0 && (w < 13 || w > 15);
                       },
-                      zspStsScaleRangeErr)}},
+                      zspStsScaleRangeErr)},
+                 definitions::zspsLevinsonDurbin_G728_16s},
                 {ZSP_DESCRIBED(zspsBandwidthExpand_G728_16s),
                  {number(0, 6), in(perKind(50, 10, 7)), number(13, 15),
                   inOut(perKind(50, 10, 7)).orIn({1}), out(1)},
-                 {nulls(), outside(2, zspStsScaleRangeErr), outside(0, zspStsCodecRangeErr)}}}};
+                 {nulls(), outside(2, zspStsScaleRangeErr), outside(0, zspStsCodecRangeErr)},
+                 definitions::zspsBandwidthExpand_G728_16s}}};
 }
 
 Argument pitch()
@@ -160,19 +163,23 @@ Family postFilter()
         .name = "g728-postfilter",
         .exports = {{ZSP_DESCRIBED(zspsInverseFilter_G728_16s),
                      {in(10), in(5), inOut(10), out(5)},
-                     {nulls()}},
+                     {nulls()},
+                     definitions::zspsInverseFilter_G728_16s},
                     {ZSP_DESCRIBED(zspsPitchSearch_G728_16s),
                      {in(240), inOut(60), inOut(3), within(inOut(1), 0, 20, 140)},
-                     {nulls(), beyond(3, 0, 1, 20, 140, zspStsCodecRangeErr)}},
+                     {nulls(), beyond(3, 0, 1, 20, 140, zspStsCodecRangeErr)},
+                     definitions::zspsPitchSearch_G728_16s},
                     {ZSP_DESCRIBED(zspsLongTermPostFilterCoefs_G728_16s),
                      {in(240), pitch(), out(3)},
-                     {nulls(), outside(1, zspStsCodecRangeErr)}},
+                     {nulls(), outside(1, zspStsCodecRangeErr)},
+                     definitions::zspsLongTermPostFilterCoefs_G728_16s},
                     {ZSP_DESCRIBED(zspsShortTermPostFilterCoefs_G728_16s),
                      {in(10), number(13, 15), anyWord(), out(10), inOut(21), out(1)},
                      {nulls(), outside(1, zspStsScaleRangeErr)}},
                     {ZSP_DESCRIBED(zspsPostFilter_G728_16s),
                      {in(5), inOut(240), pitch(), in(3), in(21), inOut(21), out(5).orIn({0})},
-                     {nulls(), outside(2, zspStsCodecRangeErr)}},
+                     {nulls(), outside(2, zspStsCodecRangeErr)},
+                     definitions::zspsPostFilter_G728_16s},
                     {ZSP_DESCRIBED(zspsErasureSetup_G728_16s),
                      {number(0, 7).with([](Argument& a) { a.high = kMax; }), anyWord(), pitch(),
                       in(140), within(inOut(1), 0, -1, 135), withQ(inOut(2), 2), out(2)},
