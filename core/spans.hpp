@@ -16,6 +16,12 @@ using Out32 = std::span<std::int32_t>;
 using InF = std::span<const float>;
 using OutF = std::span<float>;
 
+/// A fixed number of words.
+template <std::size_t n>
+using In = std::span<const std::int16_t, n>;
+template <std::size_t n>
+using Out = std::span<std::int16_t, n>;
+
 /// The N elements that begin at `p`.
 template <std::size_t N, typename T>
 constexpr std::span<T, N> spanOf(T* p) noexcept

@@ -1,6 +1,7 @@
 // What the kernels of ITU-T G.723.1 are written with beyond the basic operations.
 #pragma once
 
+#include "codecs/shared/words.hpp"
 #include "core/fixed_point.hpp"
 #include "core/spans.hpp"
 
@@ -11,6 +12,8 @@
 
 namespace zsp::g723 {
 
+using codecs::largest;
+using codecs::push;
 using fx::Long;
 using fx::Word;
 
@@ -18,11 +21,6 @@ inline constexpr std::size_t kFrame = 240;
 inline constexpr std::size_t kSubframe = 60;
 inline constexpr std::size_t kOrder = 10;
 inline constexpr std::size_t kPast = 145; // words of excitation or weighted speech that are kept
-
-template <std::size_t n>
-using In = std::span<const Word, n>;
-template <std::size_t n>
-using Out = std::span<Word, n>;
 
 /// Long times Q15 word, to the last bit of the long.
 constexpr Long mls(Long a, Word b) noexcept
@@ -58,17 +56,7 @@ constexpr Word random(Word& seed) noexcept
     return seed;
 }
 
-/// The largest absolute value, saturated.
-constexpr Word largest(std::span<const Word> x) noexcept
-{
-    Word low = 0, high = 0; // which a compiler finds many at a time
-    for (const Word v : x) {
-        low = std::min(low, v);
-        high = std::max(high, v);
-    }
-    return std::max(fx::abs_s(low), high);
-}
-
+/// The same of longs.
 constexpr Long largest(std::span<const Long> x) noexcept
 {
     Long most = 0;
@@ -97,14 +85,6 @@ constexpr int normalise(std::span<Word> x) noexcept
     for (Word& v : x)
         v = static_cast<Word>((v * (1 << shift)) >> 3);
     return shift - 3;
-}
-
-/// Moves `x` on by one place and puts a new first value in.
-template <std::size_t n>
-constexpr void shiftIn(std::span<Word, n> x, Word first) noexcept
-{
-    std::copy_backward(x.begin(), x.end() - 1, x.end());
-    x[0] = first;
 }
 
 } // namespace zsp::g723

@@ -198,4 +198,33 @@ constexpr std::int32_t outputOf(std::uint32_t sum) noexcept
     return std::clamp(static_cast<std::int32_t>(sum + 0x2000) >> 14, -32768, 32767);
 }
 
+/// A filter with zeros and poles over a sub-frame.
+struct ZerosAndPoles {
+    Signal x, y;
+    std::array<std::uint32_t, kSubframe> sums; // Q14 of what comes out
+
+    /// False where a step could saturate. `memory` holds ten inputs and ten outputs.
+    bool run(In<kOrder> zeros, In<kOrder> poles, In<kSubframe> src, const Word* memory) noexcept
+    {
+        const Taps against(zeros), back(poles);
+        x.begin(memory);
+        y.begin(memory + kOrder);
+        for (std::size_t i = 0; i < kSubframe; ++i)
+            x[i] = src[i];
+        for (std::size_t i = 0; i < kSubframe; ++i)
+            sums[i] = static_cast<std::uint32_t>(src[i] * 16384);
+        addTaps<-1>(sums, against, x);
+        for (std::size_t i = 0; i < kSubframe; ++i) {
+            sums[i] += back.over(y, i);
+            y[i] = outputOf(sums[i]);
+        }
+        return (1 << 29) + against.reach(x) + back.reach(y) <= kReach;
+    }
+    void keep(Word* memory) const noexcept
+    {
+        x.end(memory);
+        y.end(memory + kOrder);
+    }
+};
+
 } // namespace zsp::g723

@@ -2,6 +2,7 @@
 // bits tell the type. Fields follow each other from the lowest bit up.
 
 #include "codecs/g723/g723.hpp"
+#include "codecs/shared/bits.hpp"
 #include "core/entries.hpp"
 #include "core/state.hpp"
 
@@ -19,44 +20,8 @@ constexpr bool inRange(std::int32_t x, std::int32_t low, std::int32_t high) noex
     return x >= low && x <= high;
 }
 
-/// Bits of a frame, the lowest first.
-class Writer {
-  public:
-    explicit Writer(std::span<std::uint8_t> bytes) noexcept : bytes_(bytes)
-    {
-        std::ranges::fill(bytes, std::uint8_t{0});
-    }
-
-    void put(std::int32_t value, int count) noexcept
-    {
-        for (int i = 0; i < count; ++i, ++at_)
-            bytes_[at_ / 8] =
-                static_cast<std::uint8_t>(bytes_[at_ / 8] | (value >> i & 1) << at_ % 8);
-    }
-
-  private:
-    std::span<std::uint8_t> bytes_;
-    std::size_t at_ = 0;
-};
-
-class Reader {
-  public:
-    explicit Reader(std::span<const std::uint8_t> bytes) noexcept : bytes_(bytes) {}
-
-    std::int32_t take(int count) noexcept
-    {
-        std::int32_t value = 0;
-        for (int i = 0; i < count; ++i, ++at_)
-            value |= (bytes_[at_ / 8] >> at_ % 8 & 1) << i;
-        return value;
-    }
-
-    Word takeWord(int count) noexcept { return static_cast<Word>(take(count)); }
-
-  private:
-    std::span<const std::uint8_t> bytes_;
-    std::size_t at_ = 0;
-};
+using Writer = codecs::BitWriter<codecs::BitOrder::lowestFirst>;
+using Reader = codecs::BitReader<codecs::BitOrder::lowestFirst>;
 
 /// The low bits of the position codes at 6.3 kbit/s; what is above them shares 13 bits.
 constexpr std::array<int, 4> kLowBits = {16, 14, 16, 14};
@@ -172,6 +137,7 @@ void packFrame(const ZspG723Frame& f, std::span<std::uint8_t> bytes) noexcept
     } else if (f.type != zspG723Untransmitted) {
         packActive(f, to);
     }
+    to.finish();
 }
 
 bool unpackFrame(std::span<const std::uint8_t> bytes, ZspG723Frame& f) noexcept

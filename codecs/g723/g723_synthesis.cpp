@@ -14,7 +14,7 @@ void synthesisFilterScalar(In<kOrder> lpc_Q13, In<kSubframe> src, Out<kSubframe>
 {
     for (std::size_t i = 0; i < kSubframe; ++i) {
         const Long sum = dot(lpc_Q13, memory.data(), fx::l_deposit_h(src[i]) >> 3);
-        shiftIn(memory, fx::round_fx(fx::l_shl(sum, 2)));
+        push(memory, fx::round_fx(fx::l_shl(sum, 2)));
         dst[i] = memory[0];
     }
 }
@@ -74,10 +74,10 @@ Long formantPostFilterScalar(In<kOrder> lpc_Q13, In<kSubframe> src, Out<kSubfram
         Long sum = fx::l_deposit_h(x) >> 2;
         for (std::size_t j = 0; j < kOrder; ++j)
             sum = fx::l_msu(sum, zeros[j], inputs[j]);
-        shiftIn(inputs, x);
+        push(inputs, x);
         sum = fx::l_shl(dot(poles, outputs.data(), sum), 2);
         dst[i] = fx::round_fx(fx::l_mac(sum, outputs[0], against));
-        shiftIn(outputs, fx::round_fx(sum));
+        push(outputs, fx::round_fx(sum));
     }
     return t.energy;
 }
@@ -151,30 +151,17 @@ Long formantPostFilterFast(In<kOrder> lpc_Q13, In<kSubframe> src, Out<kSubframe>
         zeros[j] = fx::mult_r(lpc_Q13[j], kPostFilterZero[j]);
         poles[j] = fx::mult_r(lpc_Q13[j], kPostFilterPole[j]);
     }
-    const Taps z(zeros), o(poles);
-    Signal x, y;
-    x.begin(memory.data());
-    y.begin(memory.data() + kOrder);
-    for (std::size_t i = 0; i < kSubframe; ++i)
-        x[i] = src[i];
-    std::array<std::uint32_t, kSubframe> sums;
-    for (std::size_t i = 0; i < kSubframe; ++i)
-        sums[i] = static_cast<std::uint32_t>(src[i] * 16384);
-    addTaps<-1>(sums, z, x);
-    for (std::size_t i = 0; i < kSubframe; ++i) {
-        sums[i] += o.over(y, i);
-        y[i] = outputOf(sums[i]);
-    }
-    if ((1 << 29) + z.reach(x) + o.reach(y) > kReach)
+    ZerosAndPoles filter;
+    if (!filter.run(zeros, poles, src, memory.data()))
         return formantPostFilterScalar(lpc_Q13, src, dst, memory);
 
     const Tilt t = tiltAvx2(src);
     const Word against = followTilt(memory[20], t);
     for (std::size_t i = 0; i < kSubframe; ++i)
-        dst[i] = fx::round_fx(fx::l_mac(fx::sat32(4 * std::int64_t{static_cast<Long>(sums[i])}),
-                                        static_cast<Word>(y.words[kOrder + i - 1]), against));
-    x.end(memory.data());
-    y.end(memory.data() + kOrder);
+        dst[i] =
+            fx::round_fx(fx::l_mac(fx::sat32(4 * std::int64_t{static_cast<Long>(filter.sums[i])}),
+                                   static_cast<Word>(filter.y.words[kOrder + i - 1]), against));
+    filter.keep(memory.data());
     return t.energy;
 }
 

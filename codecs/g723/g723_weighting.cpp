@@ -51,9 +51,9 @@ struct Cascade {
         const Long synthesis = fx::l_shl(sum, 2);
         sum = subtractDot(sum, zerosOf(weighting), fir.data());
         if (doubled) sum = fx::l_shl(sum, 1);
-        shiftIn(std::span(fir), fx::round_fx(synthesis));
+        push(std::span(fir), fx::round_fx(synthesis));
         sum = dot(polesOf(weighting), iir.data(), sum);
-        shiftIn(std::span(iir), fx::round_fx(fx::l_shl(sum, 2)));
+        push(std::span(iir), fx::round_fx(fx::l_shl(sum, 2)));
     }
 };
 
@@ -66,9 +66,9 @@ void perceptualWeightingScalar(In<20> weighting, In<kSubframe> src, Out<kSubfram
     for (std::size_t i = 0; i < kSubframe; ++i) {
         const Word x = src[i];
         Long sum = subtractDot(fx::l_mult(x, 8192), zerosOf(weighting), inputs.data());
-        shiftIn(inputs, x);
+        push(inputs, x);
         sum = dot(polesOf(weighting), outputs.data(), sum);
-        shiftIn(outputs, fx::round_fx(fx::l_shl(sum, 2)));
+        push(outputs, fx::round_fx(fx::l_shl(sum, 2)));
         dst[i] = outputs[0];
     }
 }

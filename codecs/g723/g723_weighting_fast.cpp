@@ -26,24 +26,12 @@ In<kOrder> polesOf(In<20> weighting) noexcept
 void perceptualWeightingFast(In<20> weighting, In<kSubframe> src, Out<kSubframe> dst,
                              Out<20> memory) noexcept
 {
-    const Taps zeros(zerosOf(weighting)), poles(polesOf(weighting));
-    Signal x, y;
-    x.begin(memory.data());
-    y.begin(memory.data() + kOrder);
-    for (std::size_t i = 0; i < kSubframe; ++i)
-        x[i] = src[i];
-    std::array<std::uint32_t, kSubframe> sums;
-    for (std::size_t i = 0; i < kSubframe; ++i)
-        sums[i] = static_cast<std::uint32_t>(src[i] * 16384);
-    addTaps<-1>(sums, zeros, x);
-    for (std::size_t i = 0; i < kSubframe; ++i)
-        y[i] = outputOf(sums[i] + poles.over(y, i));
-    if ((1 << 29) + zeros.reach(x) + poles.reach(y) > kReach)
+    ZerosAndPoles filter;
+    if (!filter.run(zerosOf(weighting), polesOf(weighting), src, memory.data()))
         return perceptualWeightingScalar(weighting, src, dst, memory);
     for (std::size_t i = 0; i < kSubframe; ++i)
-        dst[i] = static_cast<Word>(y[i]);
-    x.end(memory.data());
-    y.end(memory.data() + kOrder);
+        dst[i] = static_cast<Word>(filter.y[i]);
+    filter.keep(memory.data());
 }
 
 namespace {

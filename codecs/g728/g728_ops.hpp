@@ -2,6 +2,7 @@
 // five of them carry a Q of their own, and a rounding that gives way only at the positive end.
 #pragma once
 
+#include "codecs/shared/words.hpp"
 #include "core/fixed_point.hpp"
 
 #include <algorithm>
@@ -14,17 +15,13 @@
 
 namespace zsp::g728 {
 
+using codecs::push;
 using fx::sat16;
 using fx::sat32;
 
 using Word = std::int16_t;
 using Long = std::int32_t;
 using Wide = std::int64_t;
-
-template <std::size_t n>
-using In = std::span<const Word, n>;
-template <std::size_t n>
-using Out = std::span<Word, n>;
 
 /// Samples of a vector.
 inline constexpr std::size_t kVector = 5;
@@ -137,18 +134,6 @@ inline void storeScalar(Scalar x, Word* words) noexcept
 constexpr bool hasQ(Long q) noexcept
 {
     return -64 <= q && q <= 64;
-}
-
-/// Puts new samples in front; the oldest fall out.
-inline void push(std::span<Word> buffer, std::span<const Word> fresh) noexcept
-{
-    std::copy_backward(buffer.begin(), buffer.end() - static_cast<std::ptrdiff_t>(fresh.size()),
-                       buffer.end());
-    std::copy(fresh.begin(), fresh.end(), buffer.begin());
-}
-inline void push(std::span<Word> buffer, Word fresh) noexcept
-{
-    push(buffer, std::span<const Word>(&fresh, 1));
 }
 
 } // namespace zsp::g728

@@ -4,6 +4,7 @@
 
 #include "codecs/gsmfr/gsmfr_frame.hpp"
 
+#include "codecs/shared/bits.hpp"
 #include "core/entries.hpp"
 
 #include <cassert>
@@ -12,38 +13,21 @@ namespace zsp::gsmfr {
 
 namespace {
 
-/// Fields one behind the other in the lower bits of a number, the last one lowest.
+using Writer = codecs::BitWriter<codecs::BitOrder::highestFirst>;
+using Reader = codecs::BitReader<codecs::BitOrder::highestFirst>;
+
 template <std::size_t n>
-std::uint64_t joined(const std::array<int, n>& widths, const std::int16_t* fields,
-                     std::uint64_t before = 0) noexcept
+void put(Writer& to, const std::array<int, n>& widths, const std::int16_t* fields) noexcept
 {
     for (std::size_t i = 0; i < n; ++i)
-        before = before << widths[i] | static_cast<std::uint16_t>(fields[i]);
-    return before;
+        to.put(fields[i], widths[i]);
 }
 
 template <std::size_t n>
-void split(const std::array<int, n>& widths, std::uint64_t bits, std::int16_t* fields) noexcept
+void take(Reader& from, const std::array<int, n>& widths, std::int16_t* fields) noexcept
 {
-    for (std::size_t i = n; i-- > 0; bits >>= widths[i])
-        fields[i] = static_cast<std::int16_t>(bits & ((1u << widths[i]) - 1));
-}
-
-/// The most significant byte first.
-template <std::size_t n>
-void storeBig(std::uint64_t value, std::uint8_t* bytes) noexcept
-{
-    for (std::size_t i = n; i-- > 0; value >>= 8)
-        bytes[i] = static_cast<std::uint8_t>(value);
-}
-
-template <std::size_t n>
-std::uint64_t loadBig(const std::uint8_t* bytes) noexcept
-{
-    std::uint64_t value = 0;
     for (std::size_t i = 0; i < n; ++i)
-        value = value << 8 | bytes[i];
-    return value;
+        fields[i] = from.takeWord(widths[i]);
 }
 
 template <std::size_t n>
@@ -55,9 +39,7 @@ bool fit(const std::array<int, n>& widths, const std::int16_t* fields) noexcept
     return beyond == 0;
 }
 
-constexpr std::size_t kHeadBytes = 5, kSegmentBytes = 7;
 constexpr std::size_t kSegmentFields = kSegmentBits.size();
-static_assert(kHeadBytes + 4 * kSegmentBytes == kFrameBytes);
 static_assert(kOrder + 4 * kSegmentFields == kParameters);
 
 } // namespace
@@ -78,18 +60,20 @@ bool hasSignature(InBytes bytes) noexcept
 void packFrame(InParameters parameters, Bytes bytes) noexcept
 {
     assert(parametersInRange(parameters));
-    storeBig<kHeadBytes>(joined(kLarBits, &parameters[0], kSignature), &bytes[0]);
+    Writer to(bytes);
+    to.put(kSignature, 4);
+    put(to, kLarBits, &parameters[0]);
     for (std::size_t j = 0; j < 4; ++j)
-        storeBig<kSegmentBytes>(joined(kSegmentBits, &parameters[kOrder + j * kSegmentFields]),
-                                &bytes[kHeadBytes + j * kSegmentBytes]);
+        put(to, kSegmentBits, &parameters[kOrder + j * kSegmentFields]);
 }
 
 void unpackFrame(InBytes bytes, Parameters parameters) noexcept
 {
-    split(kLarBits, loadBig<kHeadBytes>(&bytes[0]), &parameters[0]);
+    Reader from(bytes);
+    from.take(4);
+    take(from, kLarBits, &parameters[0]);
     for (std::size_t j = 0; j < 4; ++j)
-        split(kSegmentBits, loadBig<kSegmentBytes>(&bytes[kHeadBytes + j * kSegmentBytes]),
-              &parameters[kOrder + j * kSegmentFields]);
+        take(from, kSegmentBits, &parameters[kOrder + j * kSegmentFields]);
 }
 
 } // namespace zsp::gsmfr

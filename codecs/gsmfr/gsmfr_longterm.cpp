@@ -7,6 +7,7 @@
 
 #include "codecs/gsmfr/gsmfr_longterm.hpp"
 
+#include "codecs/shared/words.hpp"
 #include "common/correlation/lag_search.hpp"
 #include "core/avx2.hpp"
 #include "core/entries.hpp"
@@ -55,10 +56,7 @@ fx::Word gainFactor(LongTerm how) noexcept
 
 LongTerm ltpSearchScalar(InSegment d, InPast dp) noexcept
 {
-    fx::Word dmax = 0;
-    for (const fx::Word x : d)
-        dmax = std::max(dmax, fx::abs_s(x));
-    const int scal = scalingOf(dmax);
+    const int scal = scalingOf(codecs::largest(d));
 
     LongTerm best{.lag = kMinLag, .gain = 0};
     fx::Long most = 0;

@@ -3,6 +3,7 @@
 
 #include "codecs/gsmfr/gsmfr_lpc.hpp"
 
+#include "codecs/shared/words.hpp"
 #include "common/correlation/correlation.hpp"
 #include "core/avx2.hpp"
 #include "core/entries.hpp"
@@ -33,10 +34,7 @@ fx::Word reflection(fx::Word p1, fx::Word magnitude, fx::Word p0) noexcept
 
 int autoCorrScalar(Frame s, Lags acf) noexcept
 {
-    fx::Word smax = 0;
-    for (const fx::Word x : s)
-        smax = std::max(smax, fx::abs_s(x));
-    const int scalauto = scalingOf(smax);
+    const int scalauto = scalingOf(codecs::largest(s));
     if (scalauto > 0)
         for (fx::Word& x : s)
             x = fx::mult_r(x, static_cast<fx::Word>(16384 >> (scalauto - 1)));

@@ -4,6 +4,7 @@
 
 #include "codecs/gsmfr/gsmfr_rpe.hpp"
 
+#include "codecs/shared/words.hpp"
 #include "common/correlation/lag_sums.hpp"
 #include "core/avx2.hpp"
 #include "core/entries.hpp"
@@ -86,10 +87,7 @@ int gridSelectScalar(InSegment x, Pulses xm) noexcept
 
 int apcmQuantScalar(InPulses xm, Pulses xmc) noexcept
 {
-    fx::Word xmax = 0;
-    for (const fx::Word x : xm)
-        xmax = std::max(xmax, fx::abs_s(x));
-    const int xmaxc = coded(xmax);
+    const int xmaxc = coded(codecs::largest(xm));
     const Amplitude a = decoded(xmaxc);
     for (std::size_t i = 0; i < kPulses; ++i) {
         const auto shifted = static_cast<fx::Word>(xm[i] << (6 - a.exponent));
