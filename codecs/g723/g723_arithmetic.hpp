@@ -16,6 +16,8 @@ using codecs::largest;
 using codecs::push;
 using fx::Long;
 using fx::Word;
+using zsp::In;
+using zsp::Out;
 
 inline constexpr std::size_t kFrame = 240;
 inline constexpr std::size_t kSubframe = 60;

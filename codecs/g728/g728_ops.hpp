@@ -18,6 +18,8 @@ namespace zsp::g728 {
 using codecs::push;
 using fx::sat16;
 using fx::sat32;
+using zsp::In;
+using zsp::Out;
 
 using Word = std::int16_t;
 using Long = std::int32_t;
