@@ -6,7 +6,7 @@ check_packages=(abigail-tools clang clang-format clang-tidy doxygen ffmpeg git l
     libclang-rt-dev libgtest-dev python3-matplotlib python3-numpy sox)
 mutants_packages=(clang libclang-rt-dev python3)
 coverage_packages=(gcovr)
-deb_packages=(debhelper dh-python doxygen dpkg-dev ffmpeg file ladspa-sdk lintian man-db python3-numpy)
+deb_packages=(debhelper dh-python doxygen dpkg-dev ffmpeg file ladspa-sdk lintian man-db python3-numpy sox)
 msan_packages=(googletest)
 valgrind_packages=(valgrind)
 windows_packages=(dpkg-dev g++-mingw-w64-x86-64-posix googletest llvm wine64)

@@ -52,6 +52,21 @@ for plugin in alc aec; do # found without a word about where it lies
 done
 (cd / && /usr/bin/python3 -c 'import zspsc' && echo "Python finds its package")
 
+# Coded speech for others: SoX and FFmpeg play GSM full rate, FFmpeg G.723.1. SoX and that hear the
+# same; FFmpeg's decoder of GSM does not saturate.
+sox -R -n -r 8000 -b 16 "$trial/tone.wav" synth 1.2 sine 440 gain -6
+for codec in gsm g723; do
+    zsp encode "$trial/tone.wav" "$trial/tone.$codec"
+    zsp decode "$trial/tone.$codec" "$trial/$codec.raw"
+    demuxer=$([ $codec = gsm ] && echo gsm || echo g723_1)
+    ffmpeg -v error -y -f "$demuxer" -i "$trial/tone.$codec" -f s16le "$trial/ffmpeg-$codec.raw"
+    [ "$(stat -c %s "$trial/ffmpeg-$codec.raw")" = "$(stat -c %s "$trial/$codec.raw")" ]
+done
+sox "$trial/tone.gsm" -t raw "$trial/sox-gsm.raw"
+cmp "$trial/gsm.raw" "$trial/sox-gsm.raw"
+cmp "$trial/g723.raw" "$trial/ffmpeg-g723.raw"
+echo "SoX and FFmpeg play .gsm, FFmpeg plays .g723"
+
 # Pages that man finds: the host's, a family's, a function's; and the reference.
 for page in usr/share/man/man1/zsp.1 usr/share/man/man3/zspsc_g726.3 \
     usr/share/man/man3/zspsMul_NR_16s_Sfs.3 usr/share/man/man3/zspvEncode.3; do

@@ -67,6 +67,9 @@ TEST_F(HostCommandLine, WhatMakesNoSenseIsToldInPlainWords)
         {"encode in.wav x.zip", ".zip is the extension of no codec", "zsp encode --help"},
         {"encode -f zip in.wav x.ul", "--format: zip is not wav, au, flac", "zsp encode --help"},
         {"encode -d in.wav x.g722", "--dtx: G722 has no silence compression", "zsp encode --help"},
+        {"encode --highpass off in.wav x.g728", "is for G.723.1, not for G728",
+         "zsp encode --help"},
+        {"encode --highpass no in.wav x.g723", "no is not on or off", "zsp encode --help"},
         {"encode -u in.wav x.g722", "--unpacked: is for G.726, not for G722", "zsp encode --help"},
         {"decode -l x in.g726 x.wav", "--law: x is not linear, mu or a", "zsp decode --help"},
     };

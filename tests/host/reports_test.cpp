@@ -76,7 +76,9 @@ TEST_F(HostReports, DemoOnOwnSpeechInAnotherFormat)
     EXPECT_EQ(outcome.status, 0) << outcome.text;
     for (const char* text : {"mixing 2 channels", "2.0 s at 8 kHz", "2.0 s at 16 kHz"})
         EXPECT_NE(outcome.text.find(text), std::string::npos) << outcome.text;
-    for (const char* name : {"new/dir/g726-16.wav", "new/dir/g726-40.wav", "new/dir/gsm-13.wav"})
+    for (const char* name :
+         {"new/dir/g726-16.wav", "new/dir/g726-40.wav", "new/dir/gsm-13.wav", "new/dir/g728-16.wav",
+          "new/dir/g7231-5.3.wav", "new/dir/g7231-6.3.wav"})
         EXPECT_EQ(get(name).size(), 44 + 2 * 16000u);
     for (const char* name : {"new/dir/g722-48.wav", "new/dir/g722-64.wav"})
         EXPECT_EQ(get(name).size(), 44 + 2 * 32000u);

@@ -10,11 +10,12 @@
 namespace zsp::host {
 
 /// A row of the library's table, one of its bit rates, whether an encoder may stop sending, and
-/// whether a decoder filters at its end.
+/// whether an encoder filters at its start and a decoder at its end.
 struct CodecSetting {
     const ZspvCodec* codec;
     std::int32_t bitRate;
     bool dtx = false;
+    bool highPass = true;
     bool postFilter = true;
 };
 

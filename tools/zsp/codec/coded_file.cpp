@@ -33,6 +33,7 @@ constexpr std::array kCodedKinds = std::to_array<CodedKind>({
     {"WAV", 0x45, 4, "AAL2-G726-32"},
     {"WAV", 0x45, 5, "AAL2-G726-40"},
     {"WAV", kGsmPairs, 0, "GSM"},
+    {"WAV", 0x42, 0, "G723"},
     {"WAV", 0x28f, 0, "G722"},
     {"AU", 1, 0, "PCMU"},
     {"AU", 23, 0, "G726-32"},

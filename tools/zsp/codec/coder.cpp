@@ -24,6 +24,7 @@ ZspvParams paramsOf(const CodecSetting& setting)
     params.structSize = sizeof params;
     params.bitRate = setting.bitRate;
     params.dtx = setting.dtx;
+    params.noHighPass = setting.highPass ? 0 : 1;
     params.noPostFilter = setting.postFilter ? 0 : 1;
     return params;
 }

@@ -24,7 +24,7 @@ struct CodingOptions {
     std::optional<Encoding> law;         // of the samples to write
     bool unpacked = false;
     bool dtx = false;
-    std::optional<bool> postFilter;
+    std::optional<bool> highPass, postFilter;
 };
 
 /// Bits of a code word where code words are dealt with one by one; throws for other codecs.
@@ -37,14 +37,32 @@ int wordBits(const CodingOptions& options, const CodecSetting& setting)
     return bits;
 }
 
+bool isFamily(const CodecSetting& setting, std::string_view name)
+{
+    return setting.codec->family == name;
+}
+
+/// What an encoder does; throws for an option that the codec does not have.
+CodecSetting encoderSetting(const CodingOptions& options, CodecSetting setting)
+{
+    if (options.dtx && (setting.codec->flags & zspvCodecDtx) == 0)
+        throw UsageError(std::string("--dtx: ") + setting.codec->rtpName +
+                         " has no silence compression of its own");
+    if (options.highPass && !isFamily(setting, "g7231"))
+        throw UsageError(std::string("--highpass: is for G.723.1, not for ") +
+                         setting.codec->rtpName);
+    setting.dtx = options.dtx;
+    setting.highPass = options.highPass.value_or(true);
+    return setting;
+}
+
 /// What a decoder does; throws for an option that the codec does not have.
 CodecSetting decoderSetting(const CodingOptions& options, CodecSetting setting)
 {
-    if (!options.postFilter) return setting;
-    if (std::string_view(setting.codec->family) != "g728")
-        throw UsageError("--postfilter: is for G.728, not for " +
-                         std::string(setting.codec->rtpName));
-    setting.postFilter = *options.postFilter;
+    if (options.postFilter && !isFamily(setting, "g728") && !isFamily(setting, "g7231"))
+        throw UsageError(std::string("--postfilter: is for G.723.1 and G.728, not for ") +
+                         setting.codec->rtpName);
+    setting.postFilter = options.postFilter.value_or(true);
     return setting;
 }
 
@@ -57,11 +75,7 @@ Packing packingOf(const CodingOptions& options, const CodecSetting& setting)
 void encode(const CodingOptions& options, const Files& files)
 {
     requireDistinct(files.inputs, {&files.output, 1});
-    CodecSetting setting = codecToWrite(options.wish, files.output);
-    if (options.dtx && (setting.codec->flags & zspvCodecDtx) == 0)
-        throw UsageError(std::string("--dtx: ") + setting.codec->rtpName +
-                         " has no silence compression of its own");
-    setting.dtx = options.dtx;
+    const CodecSetting setting = encoderSetting(options, codecToWrite(options.wish, files.output));
     const int bits = wordBits(options, setting);
     const int rate = setting.codec->sampleRate;
     AudioReader reader(files.inputs[0], options.format, rate);
@@ -197,6 +211,11 @@ void decode(const CodingOptions& options, const Files& files)
     sink.finish(input.path());
 }
 
+auto takeOnOff(std::optional<bool>& into)
+{
+    return takeChoice<std::optional<bool>>({{"on", true}, {"off", false}}, into);
+}
+
 /// What both commands share.
 std::vector<Option> codingOptions(const std::shared_ptr<CodingOptions>& options)
 {
@@ -235,6 +254,9 @@ Command encodeCommand()
     command.options.push_back({"--dtx", 'd', "",
                                "Silence compression, of codecs that have it: G.723.1",
                                takeSwitch(options->dtx)});
+    command.options.push_back({"--highpass", 0, "on|off",
+                               "G.723.1: the filter at the encoder's start (default: on)",
+                               takeOnOff(options->highPass)});
     command.name = "encode";
     command.summary = "Code an audio file with one of the codecs that zsp codecs lists";
     command.files = {{"IN"},
@@ -266,10 +288,10 @@ Command decodeCommand()
          takeChoice<std::optional<Encoding>>(
              {{"linear", Encoding::linear}, {"mu", Encoding::muLaw}, {"a", Encoding::aLaw}},
              options->law)});
-    command.options.push_back(
-        {"--postfilter", 0, "on|off",
-         "G.728: the filter at the decoder's end (default: on); lost frames need it",
-         takeChoice<std::optional<bool>>({{"on", true}, {"off", false}}, options->postFilter)});
+    command.options.push_back({"--postfilter", 0, "on|off",
+                               "G.723.1, G.728: the filter at the decoder's end (default: on); "
+                               "lost frames of G.728 need it",
+                               takeOnOff(options->postFilter)});
     command.examples = "  zsp decode speech.g722 speech.wav\n"
                        "  zsp decode --rate 24 speech.g726 speech.flac\n"
                        "  zsp decode --codec g722 - - <speech.raw | play -t au -\n";

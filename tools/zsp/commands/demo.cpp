@@ -70,7 +70,7 @@ void runDemo(const std::string& input, const std::string& directory)
             narrow.seconds(), wide.seconds(), name.c_str()));
     demoCalls(narrow, wide, directory, report);
     demoG726(narrow, directory, report);
-    demoGsm(narrow, directory, report);
+    demoByHearing(narrow, directory, report);
     demoG722(wide, directory, report);
     demoLevel(wide, directory, report);
     demoVad(narrow, directory, report);

@@ -12,7 +12,8 @@ namespace zsp::host {
 
 /// 8 kHz speech.
 void demoG726(const Audio& speech, const std::string& directory, Report& report);
-void demoGsm(const Audio& speech, const std::string& directory, Report& report);
+/// GSM full rate, G.728, G.723.1, whose figures say less than their sound.
+void demoByHearing(const Audio& speech, const std::string& directory, Report& report);
 /// 16 kHz speech.
 void demoG722(const Audio& speech, const std::string& directory, Report& report);
 

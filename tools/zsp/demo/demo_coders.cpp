@@ -1,4 +1,4 @@
-// The demo's coders: the speech through G.726, GSM full rate and G.722 at every rate.
+// The demo's coders: the speech through each of them at every rate.
 
 #include "tools/zsp/demo/demo.hpp"
 
@@ -18,7 +18,7 @@ constexpr double kFloorDb = -100, kCeilingDb = -20;
 
 /// One rate's outcome.
 struct Run {
-    int kbit = 0;
+    double kbit = 0;
     std::vector<std::int16_t> decoded, error;
     double snr = 0, segmentalSnr = 0, encodeSpeed = 0, decodeSpeed = 0;
 };
@@ -33,7 +33,7 @@ void measure(Run& run, const Audio& speech)
 Run runCoder(const CodecSetting& setting, const Audio& speech)
 {
     Run run;
-    run.kbit = setting.bitRate / 1000;
+    run.kbit = setting.bitRate / 1000.0;
     std::vector<std::uint8_t> bytes;
     run.encodeSpeed =
         timesRealTime(speech.seconds(), [&] { bytes = encodedWhole(setting, speech.samples); });
@@ -76,14 +76,14 @@ void addFigures(const std::vector<Run>& runs, const std::string& name, const Aud
         {"Rate", "SNR, dB", "Segmental SNR, dB", "Encoding", "Decoding"}};
     std::vector<Report::Player> players = {{input, "Input"}};
     for (const Run& run : runs) {
-        std::printf("  %6d %8s %14s %20.0f %20.0f\n", run.kbit, ratioText(run.snr, 2).c_str(),
+        std::printf("  %6g %8s %14s %20.0f %20.0f\n", run.kbit, ratioText(run.snr, 2).c_str(),
                     ratioText(run.segmentalSnr, 2).c_str(), run.encodeSpeed, run.decodeSpeed);
-        rows.push_back({format("%d kbit/s", run.kbit), ratioText(run.snr, 2),
+        rows.push_back({format("%g kbit/s", run.kbit), ratioText(run.snr, 2),
                         ratioText(run.segmentalSnr, 2), format("%.0f × real time", run.encodeSpeed),
                         format("%.0f × real time", run.decodeSpeed)});
-        const std::string file = name + format("-%d.wav", run.kbit);
+        const std::string file = name + format("-%g.wav", run.kbit);
         writeWav(directory + "/" + file, run.decoded, speech.rate);
-        players.push_back({file, format("Decoded, %d kbit/s", run.kbit)});
+        players.push_back({file, format("Decoded, %g kbit/s", run.kbit)});
     }
     report.table(rows,
                  "Segmental SNR: mean over the 20 ms segments above -55 dBFS, each limited to "
@@ -111,7 +111,7 @@ void addCharts(const std::vector<Run>& runs, const Audio& speech, Report& report
         std::vector<Point> points;
         for (std::size_t i = 0; i < values.size(); ++i)
             points.push_back({(static_cast<double>(i) + 0.5) / 5, values[i]});
-        ratio.line(points, ++colour, format("%d kbit/s", run.kbit));
+        ratio.line(points, ++colour, format("%g kbit/s", run.kbit));
     }
     report.chart("Signal-to-noise ratio over time", ratio,
                  "Per 200 ms; pauses, below -55 dBFS, are left out.");
@@ -119,7 +119,7 @@ void addCharts(const std::vector<Run>& runs, const Audio& speech, Report& report
     std::vector<Chart> errors;
     for (const Run& run : runs)
         errors.push_back(spectrogramChart(&run == &runs.back() ? time : above,
-                                          format("%d kbit/s", run.kbit), run.error, speech.rate,
+                                          format("%g kbit/s", run.kbit), run.error, speech.rate,
                                           90));
     report.charts("Spectrogram of the error", errors,
                   "Input minus decoded, on the scale of the input's spectrogram. The noise follows "
@@ -139,13 +139,26 @@ void demoG726(const Audio& speech, const std::string& directory, Report& report)
     addCharts(runs, speech, report);
 }
 
-void demoGsm(const Audio& speech, const std::string& directory, Report& report)
+void demoByHearing(const Audio& speech, const std::string& directory, Report& report)
 {
-    std::printf("\nGSM full rate\n");
-    report.section("GSM full rate, 13 kbit/s",
-                   "Telephone speech as a filter and a residual of 13 pulses in 5 ms, for hearing "
-                   "more than for the ratio to the input.");
-    addFigures(runFamily("gsm", speech), "gsm", speech, directory, report);
+    struct Coder {
+        const char *title, *family, *heading, *says;
+    };
+    constexpr Coder kCoders[] = {
+        {"GSM full rate", "gsm", "GSM full rate, 13 kbit/s",
+         "Telephone speech as a filter and a residual of 13 pulses in 5 ms, for hearing more than "
+         "for the ratio to the input."},
+        {"G.728", "g728", "G.728 LD-CELP, 16 kbit/s",
+         "Telephone speech in vectors of five samples, each one of 1024, through a filter of order "
+         "50 that both sides find in what they have decoded: a delay of 0.625 ms. Its post-filter "
+         "is for hearing and costs some of the ratio."},
+        {"G.723.1", "g7231", "G.723.1, 5.3 and 6.3 kbit/s",
+         "Telephone speech in frames of 30 ms: a filter, a past that repeats, and few pulses."}};
+    for (const Coder& coder : kCoders) {
+        std::printf("\n%s\n", coder.title);
+        report.section(coder.heading, coder.says);
+        addFigures(runFamily(coder.family, speech), coder.family, speech, directory, report);
+    }
 }
 
 void demoG722(const Audio& speech, const std::string& directory, Report& report)
