@@ -72,9 +72,14 @@ TEST(G728Pitch, Avx2EqualsDefinition)
                 decimated[i] = residual[4 * i];
         }
         if (round % 16 == 1) residual.assign(240, residual[0]);
-        if (round % 16 == 2) decimated.assign(60, 0);
+        Words wantLow = samples.words(3);
+        if (round % 16 == 2) {
+            residual.assign(240, 0);
+            decimated.assign(60, 0);
+            wantLow.assign(3, 0);
+        }
         const int old = 20 + samples.below(121);
-        Words got = decimated, wantLow = samples.words(3), low = wantLow;
+        Words got = decimated, low = wantLow;
         const In<kPast> past(residual.data(), kPast);
         const int want = searchPitchScalar(past, Out<kDecimated>(decimated.data(), kDecimated),
                                            Out<3>(wantLow.data(), 3), old);

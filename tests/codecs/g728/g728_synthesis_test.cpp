@@ -66,11 +66,14 @@ TEST(G728Synthesis, ZeroInputByAvx2EqualsDefinition)
     using namespace zsp::g728;
     Samples samples(9);
     for (int round = 0; round < 20000; ++round) {
-        const Words a = wordsOf(samples, 50, round);
+        const Words a = wordsOf(samples, 50, samples.below(10));
         Words history = round % 3 ? samples.words(50) : samples.extremeWords(50), q(10);
         if (round % 8)
             for (auto& h : history)
                 h = static_cast<std::int16_t>(h >> 2);
+        if (round % 8 == 3) // 15 bits of one sign
+            for (auto& h : history)
+                h = static_cast<std::int16_t>(0x2000 + (h & 0x1fff) + samples.below(2) * 0x4000);
         if (round % 8 == 1) history[static_cast<std::size_t>(samples.below(50))] = 8192;
         if (round % 8 == 2) history[static_cast<std::size_t>(samples.below(50))] = -8193;
         const int spread = round % 4 == 0 ? 129 : round % 4 == 1 ? 1 : 36;
