@@ -1,6 +1,7 @@
 // What the kernels of ITU-T G.723.1 are written with beyond the basic operations.
 #pragma once
 
+#include "codecs/shared/celp/arithmetic.hpp"
 #include "codecs/shared/words.hpp"
 #include "core/fixed_point.hpp"
 #include "core/spans.hpp"
@@ -12,6 +13,8 @@
 
 namespace zsp::g723 {
 
+using celp::dot;
+using celp::energy;
 using codecs::largest;
 using codecs::push;
 using fx::Long;
@@ -65,19 +68,6 @@ constexpr Long largest(std::span<const Long> x) noexcept
     for (const Long v : x)
         most = std::max(most, fx::l_abs(v));
     return most;
-}
-
-/// sum of x[i] y[i], each step saturating.
-constexpr Long dot(std::span<const Word> x, const Word* y, Long sum = 0) noexcept
-{
-    for (std::size_t i = 0; i < x.size(); ++i)
-        sum = fx::l_mac(sum, x[i], y[i]);
-    return sum;
-}
-
-constexpr Long energy(std::span<const Word> x) noexcept
-{
-    return dot(x, x.data());
 }
 
 /// Brings a vector to three bits below full scale; the left shifts that this took.

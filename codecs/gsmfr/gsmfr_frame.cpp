@@ -17,20 +17,6 @@ using Writer = codecs::BitWriter<codecs::BitOrder::highestFirst>;
 using Reader = codecs::BitReader<codecs::BitOrder::highestFirst>;
 
 template <std::size_t n>
-void put(Writer& to, const std::array<int, n>& widths, const std::int16_t* fields) noexcept
-{
-    for (std::size_t i = 0; i < n; ++i)
-        to.put(fields[i], widths[i]);
-}
-
-template <std::size_t n>
-void take(Reader& from, const std::array<int, n>& widths, std::int16_t* fields) noexcept
-{
-    for (std::size_t i = 0; i < n; ++i)
-        fields[i] = from.takeWord(widths[i]);
-}
-
-template <std::size_t n>
 bool fit(const std::array<int, n>& widths, const std::int16_t* fields) noexcept
 {
     int beyond = 0;
@@ -39,7 +25,9 @@ bool fit(const std::array<int, n>& widths, const std::int16_t* fields) noexcept
     return beyond == 0;
 }
 
+constexpr int kHeadBits = 36, kSegmentWidth = 56;
 constexpr std::size_t kSegmentFields = kSegmentBits.size();
+static_assert(4 + kHeadBits + 4 * kSegmentWidth == 8 * kFrameBytes);
 static_assert(kOrder + 4 * kSegmentFields == kParameters);
 
 } // namespace
@@ -62,18 +50,20 @@ void packFrame(InParameters parameters, Bytes bytes) noexcept
     assert(parametersInRange(parameters));
     Writer to(bytes);
     to.put(kSignature, 4);
-    put(to, kLarBits, &parameters[0]);
+    to.put(codecs::joined(kLarBits, &parameters[0]), kHeadBits);
     for (std::size_t j = 0; j < 4; ++j)
-        put(to, kSegmentBits, &parameters[kOrder + j * kSegmentFields]);
+        to.put(codecs::joined(kSegmentBits, &parameters[kOrder + j * kSegmentFields]),
+               kSegmentWidth);
 }
 
 void unpackFrame(InBytes bytes, Parameters parameters) noexcept
 {
     Reader from(bytes);
     from.take(4);
-    take(from, kLarBits, &parameters[0]);
+    codecs::split(kLarBits, from.takeWide(kHeadBits), &parameters[0]);
     for (std::size_t j = 0; j < 4; ++j)
-        take(from, kSegmentBits, &parameters[kOrder + j * kSegmentFields]);
+        codecs::split(kSegmentBits, from.takeWide(kSegmentWidth),
+                      &parameters[kOrder + j * kSegmentFields]);
 }
 
 } // namespace zsp::gsmfr

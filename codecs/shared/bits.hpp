@@ -3,11 +3,31 @@
 
 #include "core/spans.hpp"
 
+#include <array>
 #include <cassert>
 #include <cstddef>
 #include <cstdint>
 
 namespace zsp::codecs {
+
+/// Several fields in the lower bits of a number, the last one lowest; at most 56 in all. Where the
+/// widths are constants this is quicker than to put each by itself.
+template <std::size_t n>
+constexpr std::int64_t joined(const std::array<int, n>& widths, const std::int16_t* fields) noexcept
+{
+    std::uint64_t bits = 0;
+    for (std::size_t i = 0; i < n; ++i)
+        bits = bits << widths[i] | static_cast<std::uint16_t>(fields[i]);
+    return static_cast<std::int64_t>(bits);
+}
+
+template <std::size_t n>
+constexpr void split(const std::array<int, n>& widths, std::int64_t bits,
+                     std::int16_t* fields) noexcept
+{
+    for (std::size_t i = n; i-- > 0; bits >>= widths[i])
+        fields[i] = static_cast<std::int16_t>(bits & ((1 << widths[i]) - 1));
+}
 
 /// Whether octets fill, and fields go into them, from the highest bit down or from the lowest up.
 enum class BitOrder { highestFirst, lowestFirst };
@@ -17,12 +37,12 @@ class BitWriter {
   public:
     explicit BitWriter(Out8 bytes) noexcept : to_(bytes.data()), end_(to_ + bytes.size()) {}
 
-    /// The low `count` bits of a value; at most 32.
-    void put(std::int32_t value, int count) noexcept
+    /// The low `count` bits of a value; at most 56.
+    void put(std::int64_t value, int count) noexcept
     {
-        assert(0 <= count && count <= 32);
+        assert(0 <= count && count <= 56);
         const std::uint64_t mask = (std::uint64_t{1} << count) - 1;
-        const std::uint64_t field = static_cast<std::uint32_t>(value) & mask;
+        const std::uint64_t field = static_cast<std::uint64_t>(value) & mask;
         if constexpr (order == BitOrder::highestFirst)
             held_ = held_ << count | field;
         else
@@ -61,20 +81,22 @@ class BitReader {
   public:
     explicit BitReader(In8 bytes) noexcept : from_(bytes.data()), end_(from_ + bytes.size()) {}
 
-    /// The next `count` bits, at most 31.
-    std::int32_t take(int count) noexcept
+    /// The next `count` bits, at most 56.
+    std::int64_t takeWide(int count) noexcept
     {
-        assert(0 <= count && count <= 31);
+        assert(0 <= count && count <= 56);
         for (; count_ < count; count_ += 8)
             load();
         count_ -= count;
         const std::uint64_t mask = (std::uint64_t{1} << count) - 1;
         if constexpr (order == BitOrder::highestFirst)
-            return static_cast<std::int32_t>(held_ >> count_ & mask);
-        const auto value = static_cast<std::int32_t>(held_ & mask);
+            return static_cast<std::int64_t>(held_ >> count_ & mask);
+        const auto value = static_cast<std::int64_t>(held_ & mask);
         held_ >>= count;
         return value;
     }
+    /// The same of at most 31, or 15.
+    std::int32_t take(int count) noexcept { return static_cast<std::int32_t>(takeWide(count)); }
     std::int16_t takeWord(int count) noexcept { return static_cast<std::int16_t>(take(count)); }
 
   private:

@@ -16,11 +16,8 @@ namespace zsp::celp {
 using fx::Long;
 using fx::SplitLong;
 using fx::Word;
-
-template <std::size_t n>
-using In = std::span<const Word, n>;
-template <std::size_t n>
-using Out = std::span<Word, n>;
+using zsp::In;
+using zsp::Out;
 
 /// A split long as one, L_Comp; its lowest bit is 0.
 constexpr Long l_comp(SplitLong x) noexcept
