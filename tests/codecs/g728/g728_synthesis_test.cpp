@@ -73,7 +73,7 @@ TEST(G728Synthesis, ZeroInputByAvx2EqualsDefinition)
                 h = static_cast<std::int16_t>(h >> 2);
         if (round % 8 == 3) // 15 bits of one sign
             for (auto& h : history)
-                h = static_cast<std::int16_t>(0x2000 + (h & 0x1fff) + samples.below(2) * 0x4000);
+                h = static_cast<std::int16_t>(0x2000 + (h & 0x3fff));
         if (round % 8 == 1) history[static_cast<std::size_t>(samples.below(50))] = 8192;
         if (round % 8 == 2) history[static_cast<std::size_t>(samples.below(50))] = -8193;
         const int spread = round % 4 == 0 ? 129 : round % 4 == 1 ? 1 : 36;
