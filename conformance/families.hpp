@@ -33,8 +33,6 @@ void checkG729(const Vectors& vectors, Checks& checks);
 void checkG729Coder(const Vectors& vectors, Checks& checks);
 void checkG729Decoder(const Vectors& vectors, Checks& checks);
 void checkG729Pauses(const Vectors& vectors, Checks& checks);
-void checkG729Decoder(const Vectors& vectors, Checks& checks);
-void checkG729Pauses(const Vectors& vectors, Checks& checks);
 void checkGsmFullRate(const Vectors& vectors, Checks& checks);
 void checkGsmAmr(const Vectors& vectors, Checks& checks);
 void checkAmrWb(const Vectors& vectors, Checks& checks);

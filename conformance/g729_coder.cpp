@@ -42,8 +42,6 @@ void checkG729Coder(const Vectors& vectors, Checks& checks)
         checks.add("linear prediction, " + annex, [&] { checkPrediction(vectors, annex); });
     checkG729Decoder(vectors, checks);
     checkG729Pauses(vectors, checks);
-    checkG729Decoder(vectors, checks);
-    checkG729Pauses(vectors, checks);
 }
 
 } // namespace zsp::conformance

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "codecs/g729/g729.hpp"
+#include "codecs/shared/words.hpp"
 
 #include <algorithm>
 #include <array>
@@ -64,12 +65,6 @@ constexpr void extractTarget(In<kOrder> lsf, const LsfPredictor& predictor,
     }
 }
 
-constexpr void rememberVector(In<kOrder> v, Out<kLsfMemory> memory) noexcept
-{
-    std::copy_backward(memory.begin(), memory.end() - kOrder, memory.end());
-    std::ranges::copy(v, memory.begin());
-}
-
 /// Brings frequencies into an order that makes a stable filter.
 constexpr void stabilise(Out<kOrder> lsf) noexcept
 {
@@ -92,7 +87,7 @@ constexpr void composeLsf(In<kOrder> v, const LsfPredictor& predictor, const Lsf
             sum = fx::l_mac(sum, memory[kOrder * k + j], predictor[k][j]);
         result[j] = fx::extract_h(sum);
     }
-    rememberVector(v, memory);
+    codecs::push(memory, v);
     stabilise(result);
     std::ranges::copy(result, lsf.begin());
 }

@@ -3,6 +3,7 @@
 
 #include "codecs/g729/annexb/g729_annexb.hpp"
 #include "codecs/g729/decoder/g729_decoder.hpp"
+#include "codecs/shared/words.hpp"
 #include "common/math/inv_sqrt.hpp"
 #include "core/entries.hpp"
 
@@ -115,7 +116,7 @@ NoiseShape comfortNoise(Word gain, Word& seed, Out<kPast + kSubframe> excitation
     for (std::size_t n = 0; n < kSubframe; ++n)
         e[n] = fx::add(fx::mult_r(e[n], twice), noise[n]);
 
-    const Word most = largest(e);
+    const Word most = codecs::largest(e);
     int shift = most == 0 ? 0 : std::max(3 - fx::norm_s(most), 0);
     Long own = 0;
     for (const Word x : e)

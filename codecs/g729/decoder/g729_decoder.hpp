@@ -14,17 +14,6 @@ namespace zsp::g729 {
 inline constexpr Word kLowestLag = 18;
 inline constexpr Word kHighestLag = 144;
 
-/// The largest absolute value, saturated.
-constexpr Word largest(std::span<const Word> x) noexcept
-{
-    Word low = 0, high = 0; // which a compiler finds many at a time
-    for (const Word v : x) {
-        low = std::min(low, v);
-        high = std::max(high, v);
-    }
-    return std::max(fx::abs_s(low), high);
-}
-
 // Fields of a frame
 
 inline constexpr std::size_t kSpeechBytes = 10, kParameters = 11;

@@ -3,6 +3,7 @@
 
 #include "codecs/g729/decoder/g729_decoder.hpp"
 #include "codecs/g729/tables/g729_pitch_tables.hpp"
+#include "codecs/shared/words.hpp"
 #include "core/avx2.hpp"
 #include "core/entries.hpp"
 
@@ -106,7 +107,7 @@ void adaptiveVector(Word lag, Word fraction, Out<kPast + kSubframe> excitation) 
     // What the filter reads of the past bounds what it makes; outputs that it reads again are
     // looked at when they stand.
     const auto reaches = [](const Word* from, const Word* to) {
-        return largest({from, static_cast<std::size_t>(to - from)}) > kLargestSafe;
+        return codecs::largest({from, static_cast<std::size_t>(to - from)}) > kLargestSafe;
     };
     if (reaches(x, std::min<const Word*>(e, x + 59)))
         return adaptiveVectorScalar(lag, fraction, excitation);

@@ -26,7 +26,7 @@ void decodeLsfErased(std::int32_t predictor, In<kOrder> lsf_Q13, Out<kLsfMemory>
     const auto p = static_cast<std::size_t>(predictor);
     LsfVector v{};
     extractTarget(lsf_Q13, kLspPredictor[p], kLspPredictorInverse[p], memory, v);
-    rememberVector(v, memory);
+    codecs::push(memory, v);
 }
 
 } // namespace zsp::g729

@@ -3,6 +3,8 @@
 
 #include "codecs/g729/decoder/g729_decoder.hpp"
 #include "codecs/g729/tables/g729_gain_tables.hpp"
+#include "codecs/shared/bits.hpp"
+#include "codecs/shared/words.hpp"
 #include "common/math/log2_pow2.hpp"
 #include "core/entries.hpp"
 
@@ -33,22 +35,20 @@ bool fieldsFit(std::span<const Word> fields, std::size_t bytes) noexcept
 
 void packFields(std::span<const Word> fields, std::span<std::uint8_t> bytes) noexcept
 {
-    std::ranges::fill(bytes, std::uint8_t{0});
-    std::size_t at = 0;
+    codecs::BitWriter<codecs::BitOrder::highestFirst> writer(bytes);
     const auto bits = bitsOf(bytes.size());
     for (std::size_t i = 0; i < bits.size(); ++i)
-        for (int b = bits[i]; b-- > 0; ++at)
-            bytes[at / 8] |= static_cast<std::uint8_t>(((fields[i] >> b) & 1) << (7 - at % 8));
+        writer.put(fields[i], bits[i]);
+    writer.finish();
 }
 
 void unpackFields(std::span<const std::uint8_t> bytes, Out<kParameters> fields) noexcept
 {
     std::ranges::fill(fields, Word{0});
+    codecs::BitReader<codecs::BitOrder::highestFirst> reader(bytes);
     const auto bits = bitsOf(bytes.size());
-    std::size_t at = 0;
     for (std::size_t i = 0; i < bits.size(); ++i)
-        for (int b = 0; b < bits[i]; ++b, ++at)
-            fields[i] = static_cast<Word>(fields[i] << 1 | ((bytes[at / 8] >> (7 - at % 8)) & 1));
+        fields[i] = reader.takeWord(bits[i]);
 }
 
 Lag firstLag(int index) noexcept
@@ -78,10 +78,9 @@ PredictedGain predictCodeGain(In<kSubframe> code, In<4> past) noexcept
 
 void updateGainMemory(Long correction_Q13, Out<4> past) noexcept
 {
-    std::copy_backward(past.begin(), past.end() - 1, past.end());
     const auto [e, m] = common::log2(correction_Q13);
     const Long log_Q16 = celp::l_comp({fx::sub(e, 13), m});
-    past[0] = fx::mult(fx::extract_h(fx::l_shl(log_Q16, 13)), 24660);
+    codecs::push(past, fx::mult(fx::extract_h(fx::l_shl(log_Q16, 13)), 24660));
 }
 
 Gains decodeGains(int index, In<kSubframe> code, Out<4> past) noexcept
@@ -102,8 +101,7 @@ void fadeGains(Gains& gains, Out<4> past) noexcept
     gains.pitch_Q14 = std::min<Word>(fx::mult(gains.pitch_Q14, 29491), 29491);
     gains.code_Q1 = fx::mult(gains.code_Q1, 32111);
     const int mean = std::accumulate(past.begin(), past.end(), 0) >> 2;
-    std::copy_backward(past.begin(), past.end() - 1, past.end());
-    past[0] = static_cast<Word>(std::max(mean - 4096, -14336));
+    codecs::push(past, static_cast<Word>(std::max(mean - 4096, -14336)));
 }
 
 } // namespace zsp::g729
