@@ -4,9 +4,9 @@
 #pragma once
 
 #include "voice/codec/g729/g729_parts.hpp"
-#include "zspsc/g729/filters.h"
 #include "zspsc/g729/annexb.h"
 #include "zspsc/g729/decoder.h"
+#include "zspsc/g729/filters.h"
 #include "zspsc/g729/lp.h"
 #include "zspsc/g729/postfilter.h"
 
