@@ -234,7 +234,6 @@ class G729Decoder {
                 annexAPostFilter(zeros, poles, s, isSpeech, w.lags[i], out);
             else
                 mainPostFilter(zeros, poles, s, isSpeech, w.lags[0], out);
-            Probe::show("agc_gain", postGain_);
             std::copy(residual_.begin() + kG729Subframe, residual_.end(), residual_.begin());
         }
         if (!hasPostFilter) std::copy_n(&w.speech[kG729Order], kG729Frame, samples.begin());
@@ -263,6 +262,7 @@ class G729Decoder {
         zspsTiltCompensation_G729_16s(reflection, filtered.data(), out);
         Probe::show("tilt_filtered", std::span(out, kG729Subframe));
         zspsGainControl_G729_16s_I(s, out, &postGain_);
+        Probe::show("agc_gain", postGain_);
     }
 
     void annexAPostFilter(const Filter& zeros, const Filter& poles, const std::int16_t* s,
@@ -278,6 +278,7 @@ class G729Decoder {
         zspsShortTermPostFilter_G729A_16s(poles.data(), v.data(), out, postMemory_.data());
         Probe::show("short_term_postfiltered", std::span(out, kG729Subframe));
         zspsGainControl_G729A_16s_I(s, out, &postGain_);
+        if (postGain_ != 0) Probe::show("agc_gain", postGain_);
     }
 
     std::array<std::int16_t, kG729Past + kG729Frame> excitation_{};
