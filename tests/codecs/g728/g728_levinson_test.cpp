@@ -143,14 +143,15 @@ TEST(G728Levinson, Avx2EqualsDefinitionFromAnyState)
     Samples samples(52);
     int good = 0;
     for (int round = 0; round < 30000; ++round) {
-        Words r = wordsOf(samples, 51, samples.below(10));
-        const int quieter = samples.below(3) ? 3 + samples.below(10) : 0;
+        const bool isLoud = round % 8 == 4; // of sums that just leave 32 bits one order
+        Words r = wordsOf(samples, 51, isLoud ? 0 : samples.below(10));
+        const int quieter = !isLoud && samples.below(3) ? 3 + samples.below(10) : 0;
         for (auto& x : r)
             x = static_cast<std::int16_t>(x >> quieter);
-        const int from = samples.below(50), to = from + 1 + samples.below(50 - from);
+        const int from = samples.below(50), to = from + 1 + (isLoud ? 0 : samples.below(50 - from));
         Predictor p;
-        std::ranges::copy(wordsOf(samples, kLong, samples.below(10)), p.a.begin());
-        const int smaller = samples.below(6);
+        std::ranges::copy(wordsOf(samples, kLong, isLoud ? 0 : samples.below(10)), p.a.begin());
+        const int smaller = isLoud ? 1 : samples.below(6);
         for (auto& x : p.a)
             x = static_cast<std::int16_t>(x >> smaller);
         if (round % 8 == 0 && from > 1) { // two products in a lane that wrap
