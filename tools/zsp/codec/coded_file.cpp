@@ -98,7 +98,7 @@ CodecSetting codecToWrite(const CodecWish& wish, const std::string& path)
 {
     const auto rows = rowsFor(wish, path);
     const AudioFormat* audio = audioFormatByExtension(path);
-    if (audio && !audio->headerless)
+    if (audio && !audio->headerless && !isGsmPairFile(*rows[0], path))
         throw UsageError(path + ": " + lowerExtension(path) +
                          " is for audio files; coded speech has no header, ." +
                          rows[0]->fileExtension + " is its extension");
@@ -169,7 +169,8 @@ std::size_t CodedInput::read(std::span<std::uint8_t> bytes)
     while (frames_.size() < bytes.size()) {
         std::array<std::uint8_t, kGsmPair> pair{};
         const std::size_t count = readFile(pair);
-        if (count == 0) break;
+        const bool isFilling = count == 1 && pair[0] == 0; // SoX counts what makes a length even
+        if (count == 0 || isFilling) break;
         if (count < pair.size())
             throw Failure(path(), countOf(count, "byte") +
                                       " left over behind the last whole pair of frames");

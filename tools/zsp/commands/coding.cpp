@@ -5,6 +5,7 @@
 #include "tools/zsp/codec/coder.hpp"
 #include "tools/zsp/codec/g726_words.hpp"
 #include "tools/zsp/codec/g728_container.hpp"
+#include "tools/zsp/codec/gsm_pairs.hpp"
 #include "tools/zsp/codec/packing.hpp"
 #include "tools/zsp/commands/commands.hpp"
 #include "tools/zsp/io/audio.hpp"
@@ -86,6 +87,8 @@ void encode(const CodingOptions& options, const Files& files)
     Progress progress("encode", input.total());
 
     const bool isContainer = isG728Container(setting, files.output);
+    std::optional<GsmPairWriter> pairs;
+    if (isGsmPairFile(*setting.codec, files.output)) pairs.emplace(output);
     std::vector<std::int16_t> samples(static_cast<std::size_t>(rate)); // a second
     std::vector<std::uint8_t> bytes, words;
     std::uint64_t done = 0, written = 0;
@@ -97,6 +100,10 @@ void encode(const CodingOptions& options, const Files& files)
         const bool isFirst = done == 0;
         progress.update(done += count);
         if (isContainer) bytes = g728Contained(bytes, isFirst);
+        if (pairs) {
+            pairs->write(bytes);
+            continue;
+        }
         if (!options.unpacked) {
             output.write(bytes);
             continue;
@@ -106,6 +113,12 @@ void encode(const CodingOptions& options, const Files& files)
         words.resize(std::min<std::uint64_t>(words.size(), done - written));
         output.write(words);
         written += words.size();
+    }
+    if (pairs) {
+        bytes.clear();
+        if (pairs->hasHalf()) encoder.encode(std::vector<std::int16_t>(160), bytes);
+        pairs->write(bytes);
+        pairs->finish(done);
     }
     output.commit();
 }
@@ -263,7 +276,8 @@ Command encodeCommand()
                      "OUT",
                      "IN is any audio file, - for standard input; it is mixed down to one channel "
                      "and converted to the codec's sampling rate where that is needed. OUT is a "
-                     "file of coded speech without a header, - for standard output."};
+                     "file of coded speech without a header, - for standard output; a .wav file "
+                     "with --codec gsm holds pairs of frames."};
     command.examples = "  zsp encode speech.wav speech.g722\n"
                        "  zsp encode --rate 24 speech.wav speech.g726\n"
                        "  sox speech.flac -t wav - | zsp encode --codec pcma - speech.al\n";
