@@ -1,8 +1,8 @@
 // GSM-AMR: both detectors of voice activity with their whole records, the handler and the buffers
 // of discontinuous transmission.
 
+#include "conformance/gsmamr.hpp"
 #include "conformance/families.hpp"
-#include "zspsc/gsmamr_vad.h"
 
 #include <algorithm>
 #include <array>
@@ -34,21 +34,11 @@ struct Signal {
     }
 };
 
-Vad1State resetState()
-{
-    Vad1State state{};
-    std::ranges::fill(state.old_level, std::int16_t{150});
-    std::ranges::fill(state.ave_level, std::int16_t{150});
-    std::ranges::fill(state.bckr_est, std::int16_t{150});
-    state.corr_hp_fast = 13106;
-    return state;
-}
-
 // The caller keeps the pitch word: a bit per frame.
 void checkVad1(const Vectors& vectors, const std::string& name)
 {
     const Signal signal(vectors, name, ".vad1", 59);
-    Vad1State state = resetState();
+    Vad1State state = resetVad1();
     for (std::size_t t = 0; t < signal.frames; ++t) {
         const std::int16_t* side = &signal.side[4 * t];
         state.pitch = static_cast<std::int16_t>((state.pitch >> 1) | (side[1] ? 0x4000 : 0));

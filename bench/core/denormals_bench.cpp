@@ -4,9 +4,8 @@
 
 #include "bench/support/pool.hpp"
 #include "bench/support/versions.hpp"
+#include "tests/core/denormals_states.hpp"
 #include "zspsc/correlation.h"
-#include "zspsc/ec/bank.h"
-#include "zspsc/ec/controller.h"
 #include "zspsc/ec/filters.h"
 #include "zspsc/ec/tone.h"
 
@@ -20,6 +19,8 @@
 namespace {
 
 using namespace zsp::bench;
+using zsp::test::denormals::Bank;
+using zsp::test::denormals::Canceller;
 
 /// Noise whose level falls evenly, by the power of ten, over the whole length; again and again.
 class Fading {
@@ -101,18 +102,6 @@ struct AutoCorrLagMax {
     std::int32_t lag = 0;
 };
 
-struct Bank {
-    Bank()
-    {
-        std::int32_t stateSize = 0, initSize = 0, workSize = 0;
-        zspsSubbandProcessGetSize_32f(6, 256, &stateSize, &initSize, &workSize);
-        state.resize(static_cast<std::size_t>(stateSize));
-        work.resize(static_cast<std::size_t>(workSize));
-        zspsSubbandProcessInit_32f(state.data(), 6, 44, 256, nullptr, nullptr);
-    }
-    std::vector<std::byte> state, work;
-};
-
 struct Analysis : Bank {
     void operator()(Fading& signal)
     {
@@ -139,69 +128,41 @@ struct ToneDetect {
     std::int32_t result = 0;
 };
 
-/// The rows of a canceller with 33 bins and 55 taps, of which every frame fills the next of the
-/// far end's.
-struct Canceller {
-    static constexpr std::size_t kBands = 33, kTaps = 55;
-
-    Canceller()
-        : far(kTaps * kBands), adapt(kTaps * kBands), fixed(kTaps * kBands),
-          variance(kTaps * kBands, 1e-3F), controller(16 * kBands + 112)
-    {
-        for (std::size_t t = 0; t < kTaps; ++t) {
-            farRows.push_back(&far[t * kBands]);
-            adaptRows.push_back(&adapt[t * kBands]);
-            fixedRows.push_back(&fixed[t * kBands]);
-            varianceRows.push_back(&variance[t * kBands]);
-        }
-        zspsSubbandControllerInit_EC_32f(controller.data(), kBands, 40, kTaps, 16000);
-    }
-    void receive(Fading& signal)
-    {
-        newest = (newest + 1) % kTaps;
-        std::copy_n(signal.nextBins(kBands), kBands, &far[newest * kBands]);
-    }
-
-    std::vector<Zsp32fc> far, adapt, fixed;
-    std::vector<float> variance;
-    std::vector<std::byte> controller;
-    std::vector<const Zsp32fc*> farRows;
-    std::vector<Zsp32fc*> adaptRows, fixedRows;
-    std::vector<float*> varianceRows;
-    std::size_t newest = 0;
-};
+constexpr std::size_t kBands = 33, kTaps = 55;
 
 struct Steps : Canceller {
+    Steps() : Canceller(kBands, kTaps) {}
     void operator()(Fading& signal)
     {
-        receive(signal);
-        zspsSubbandAPControllerUpdate_EC_32f(farRows.data(), signal.nextBins(kBands), steps.data(),
+        receive(signal.nextBins(kBands));
+        zspsSubbandAPControllerUpdate_EC_32f(far.in.data(), signal.nextBins(kBands), steps.data(),
                                              0.5F, controller.data());
     }
     std::array<double, kBands> steps{};
 };
 
 struct Control : Canceller {
+    Control() : Canceller(kBands, kTaps) {}
     void operator()(Fading& signal)
     {
         const Zsp32fc* errors = signal.nextBins(kBands);
-        zspsSubbandController_EC_32f(errors, errors, adaptRows.data(), fixedRows.data(), &factor,
+        zspsSubbandController_EC_32f(errors, errors, adapt.out.data(), fixed.out.data(), &factor,
                                      controller.data());
     }
     float factor = 0;
 };
 
 struct Filter : Canceller {
-    Filter()
+    Filter() : Canceller(kBands, kTaps)
     {
-        for (auto* taps : {&adapt, &fixed})
-            std::fill(taps->begin(), taps->end(), Zsp32fc{0.01F, -0.02F});
+        for (auto* filter : {&adapt, &fixed})
+            std::ranges::fill(filter->values, Zsp32fc{0.01F, -0.02F});
     }
     void operator()(Fading& signal)
     {
-        receive(signal);
-        zspsSubbandFilter_EC_32fc(signal.nextBins(kBands), farRows.data(), adaptRows.data(),
-                                  fixedRows.data(), varianceRows.data(), errors[0].data(),
+        receive(signal.nextBins(kBands));
+        zspsSubbandFilter_EC_32fc(signal.nextBins(kBands), far.in.data(), adapt.in.data(),
+                                  fixed.in.data(), variance.in.data(), errors[0].data(),
                                   errors[1].data(), powers[0].data(), powers[1].data(), kBands,
                                   kTaps);
     }
@@ -210,17 +171,16 @@ struct Filter : Canceller {
 };
 
 struct Adapt : Canceller {
-    Adapt()
+    Adapt() : Canceller(kBands, kTaps)
     {
         gain.fill(1e-9F);
         forget.fill(1e-4F);
     }
     void operator()(Fading& signal)
     {
-        receive(signal);
-        zspsSubbandAdapt_EC_32fc(signal.nextBins(kBands), gain.data(), forget.data(),
-                                 farRows.data(), adaptRows.data(), varianceRows.data(), kBands,
-                                 kTaps, 0.4F, 1e-9F);
+        receive(signal.nextBins(kBands));
+        zspsSubbandAdapt_EC_32fc(signal.nextBins(kBands), gain.data(), forget.data(), far.in.data(),
+                                 adapt.out.data(), variance.out.data(), kBands, kTaps, 0.4F, 1e-9F);
     }
     std::array<float, kBands> gain, forget;
 };

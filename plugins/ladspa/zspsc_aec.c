@@ -54,11 +54,6 @@ static LADSPA_Handle instantiate(const LADSPA_Descriptor* descriptor, unsigned l
     return p;
 }
 
-static void connectPort(LADSPA_Handle handle, unsigned long port, LADSPA_Data* location)
-{
-    ((Plugin*)handle)->ports[port] = location;
-}
-
 static void activate(LADSPA_Handle handle)
 {
     Plugin* p = handle;
@@ -122,26 +117,7 @@ static const LADSPA_PortRangeHint kHints[PORTS] = {
     {0, 0, 0},
 };
 
-static const LADSPA_Descriptor kPlugin = {
-    .UniqueID = 168, /* in the range that LADSPA leaves for plug-ins in development */
-    .Label = "zspsc_aec",
-    .Properties = LADSPA_PROPERTY_HARD_RT_CAPABLE,
-    .Name = "Echo canceller (microphone, far end)",
-    .Maker = "The zspsc authors",
-    .Copyright = "MIT",
-    .PortCount = PORTS,
-    .PortDescriptors = kDescriptors,
-    .PortNames = kNames,
-    .PortRangeHints = kHints,
-    .instantiate = instantiate,
-    .connect_port = connectPort,
-    .activate = activate,
-    .run = run,
-    .cleanup = cleanup,
-};
-
-__attribute__((visibility("default"))) const LADSPA_Descriptor*
-ladspa_descriptor(unsigned long index)
-{
-    return index == 0 ? &kPlugin : NULL;
-}
+#define PLUGIN_ID 168
+#define PLUGIN_LABEL "zspsc_aec"
+#define PLUGIN_NAME "Echo canceller (microphone, far end)"
+#include "plugins/ladspa/descriptor.h"

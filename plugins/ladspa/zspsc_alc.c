@@ -33,11 +33,6 @@ static LADSPA_Handle instantiate(const LADSPA_Descriptor* descriptor, unsigned l
     return p;
 }
 
-static void connectPort(LADSPA_Handle handle, unsigned long port, LADSPA_Data* location)
-{
-    ((Plugin*)handle)->ports[port] = location;
-}
-
 static void activate(LADSPA_Handle handle)
 {
     Plugin* p = handle;
@@ -101,26 +96,7 @@ static const LADSPA_PortRangeHint kHints[PORTS] = {
     {0, 0, 0},
 };
 
-static const LADSPA_Descriptor kPlugin = {
-    .UniqueID = 169, /* in the range that LADSPA leaves for plug-ins in development */
-    .Label = "zspsc_alc",
-    .Properties = LADSPA_PROPERTY_HARD_RT_CAPABLE,
-    .Name = "Automatic level control (ITU-T G.169)",
-    .Maker = "The zspsc authors",
-    .Copyright = "MIT",
-    .PortCount = PORTS,
-    .PortDescriptors = kDescriptors,
-    .PortNames = kNames,
-    .PortRangeHints = kHints,
-    .instantiate = instantiate,
-    .connect_port = connectPort,
-    .activate = activate,
-    .run = run,
-    .cleanup = cleanup,
-};
-
-__attribute__((visibility("default"))) const LADSPA_Descriptor*
-ladspa_descriptor(unsigned long index)
-{
-    return index == 0 ? &kPlugin : NULL;
-}
+#define PLUGIN_ID 169
+#define PLUGIN_LABEL "zspsc_alc"
+#define PLUGIN_NAME "Automatic level control (ITU-T G.169)"
+#include "plugins/ladspa/descriptor.h"

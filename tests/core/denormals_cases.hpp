@@ -3,7 +3,7 @@
 
 #include "core/entries.hpp"
 #include "core/state.hpp"
-#include "tests/support/rows.hpp"
+#include "tests/core/denormals_states.hpp"
 #include "tests/support/samples.hpp"
 #include "zspsc.h"
 
@@ -57,46 +57,21 @@ void append(Floats& results, const T* values, std::size_t count)
     std::memcpy(&results[old], values, count * sizeof(T));
 }
 
-/// Both filters of a canceller, its far end, and a controller.
-struct Canceller {
-    Canceller()
-        : far(kTaps, kBands), adapt(kTaps, kBands), fixed(kTaps, kBands), variance(kTaps, kBands),
-          controller(16 * kBands + 112)
+/// A canceller with filters of any taps.
+struct FilledCanceller : Canceller {
+    FilledCanceller() : Canceller(kBands, kTaps)
     {
         Samples samples(5);
-        for (std::size_t t = 0; t < kTaps; ++t) {
-            for (auto* taps : {&adapt.values[t], &fixed.values[t]})
-                for (auto& tap : *taps)
-                    tap = {samples.floats(1, 1)[0], samples.floats(1, 1)[0]};
-            std::ranges::fill(variance.values[t], 1e-3F);
-        }
-        zspsSubbandControllerInit_EC_32f(controller.data(), kBands, 40, kTaps, 16000);
-    }
-    void receive(const Signal& signal, std::size_t i)
-    {
-        std::ranges::copy(signal.bins(i, kBands), far.out[i % kTaps]);
+        for (std::size_t t = 0; t < kTaps; ++t)
+            for (auto* filter : {&adapt, &fixed})
+                for (std::size_t k = 0; k < kBands; ++k)
+                    filter->out[t][k] = {samples.floats(1, 1)[0], samples.floats(1, 1)[0]};
     }
     /// The four arrays of powers.
     void appendPowers(Floats& results)
     {
         append(results, static_cast<float*>(zsp::alignUp(controller.data(), 16)) + 24, 4 * kBands);
     }
-
-    Rows<Zsp32fc> far, adapt, fixed;
-    Rows<float> variance;
-    std::vector<std::byte> controller;
-};
-
-struct Bank {
-    Bank()
-    {
-        std::int32_t stateSize = 0, initSize = 0, workSize = 0;
-        zspsSubbandProcessGetSize_32f(6, 256, &stateSize, &initSize, &workSize);
-        state.resize(static_cast<std::size_t>(stateSize));
-        work.resize(static_cast<std::size_t>(workSize));
-        zspsSubbandProcessInit_32f(state.data(), 6, 44, 256, nullptr, nullptr);
-    }
-    std::vector<std::byte> state, work;
 };
 
 /// One export on many frames of a signal: outputs and what it keeps.
@@ -171,10 +146,10 @@ inline const Case kCases[] = {
     {"zspsSubbandAPControllerUpdate_EC_32f", -17, -23,
      [](Way way, const Signal& signal) {
          Floats results;
-         Canceller canceller;
+         FilledCanceller canceller;
          std::array<double, kBands> steps;
          for (std::size_t i = 0; i < kFrames; ++i) {
-             canceller.receive(signal, i);
+             canceller.receive(signal.bins(i, kBands).data());
              ZSP_WAY(zspsSubbandAPControllerUpdate_EC_32f)
              (canceller.far.in.data(), signal.bins(i, kBands).data(), steps.data(), 0.5F,
               canceller.controller.data());
@@ -185,7 +160,7 @@ inline const Case kCases[] = {
     {"zspsSubbandController_EC_32f", -17, -23,
      [](Way way, const Signal& signal) {
          Floats results;
-         Canceller canceller;
+         FilledCanceller canceller;
          for (std::size_t i = 0; i < kFrames; ++i) {
              float factor = 0;
              ZSP_WAY(zspsSubbandController_EC_32f)
@@ -200,11 +175,11 @@ inline const Case kCases[] = {
     {"zspsSubbandFilter_EC_32fc", -34, -46,
      [](Way way, const Signal& signal) {
          Floats results;
-         Canceller canceller;
-         Rows<Zsp32fc> errors(2, kBands);
-         Rows<float> powers(2, kBands);
+         FilledCanceller canceller;
+         BinRows<Zsp32fc> errors(2, kBands);
+         BinRows<float> powers(2, kBands);
          for (std::size_t i = 0; i < kFrames; ++i) {
-             canceller.receive(signal, i);
+             canceller.receive(signal.bins(i, kBands).data());
              ZSP_WAY(zspsSubbandFilter_EC_32fc)
              (signal.bins(i, kBands).data(), canceller.far.in.data(), canceller.adapt.in.data(),
               canceller.fixed.in.data(), canceller.variance.in.data(), errors.out[0], errors.out[1],
@@ -217,12 +192,11 @@ inline const Case kCases[] = {
     {"zspsSubbandAdapt_EC_32fc", -28, -34,
      [](Way way, const Signal& signal) {
          Floats results;
-         Canceller canceller;
-         for (auto& row : canceller.adapt.values)
-             std::ranges::fill(row, Zsp32fc{});
+         FilledCanceller canceller;
+         std::ranges::fill(canceller.adapt.values, Zsp32fc{});
          const Floats gain(kBands, 1e-9F), forget(kBands, 1e-4F);
          for (std::size_t i = 0; i < kFrames; ++i) {
-             canceller.receive(signal, i);
+             canceller.receive(signal.bins(i, kBands).data());
              ZSP_WAY(zspsSubbandAdapt_EC_32fc)
              (std::vector<Zsp32fc>(kBands, {1, -2}).data(), gain.data(), forget.data(),
               canceller.far.in.data(), canceller.adapt.out.data(), canceller.variance.out.data(),

@@ -64,7 +64,7 @@ class Choices {
     void fill(std::span<T> samples)
     {
         using U = std::make_unsigned_t<T>;
-        constexpr T kMax = std::numeric_limits<T>::max(), kMin = std::numeric_limits<T>::min();
+        constexpr T kMost = std::numeric_limits<T>::max(), kLeast = std::numeric_limits<T>::min();
         if (isExpanded()) return Choices(bits<std::uint16_t>()).fill(samples);
         const int manner = below(8), shift = below(std::numeric_limits<U>::digits);
         const auto value = bits<U>();
@@ -73,7 +73,7 @@ class Choices {
             const auto any = static_cast<T>(bits<U>());
             const auto small = static_cast<T>(any >> shift);
             const bool upper = (i / static_cast<std::size_t>(period)) % 2 == 0;
-            const std::array<T, 4> corners = {0, kMax, kMin, small};
+            const std::array<T, 4> corners = {0, kMost, kLeast, small};
             switch (manner) {
             case 0:
                 samples[i] = any;
@@ -85,7 +85,7 @@ class Choices {
                 samples[i] = static_cast<T>(value);
                 break;
             case 3:
-                samples[i] = any & 1 ? kMax : kMin;
+                samples[i] = any & 1 ? kMost : kLeast;
                 break;
             case 4:
                 samples[i] = static_cast<T>(upper ? value : U(~value));

@@ -2,6 +2,7 @@
 
 #include "codecs/gsmamr/gsmamr_vad1.hpp"
 
+#include "conformance/gsmamr.hpp"
 #include "tests/support/contract.hpp"
 #include "tests/support/samples.hpp"
 #include "tests/support/vectors.hpp"
@@ -16,31 +17,15 @@
 namespace {
 
 using namespace zsp::test;
+using zsp::conformance::resetVad1;
+using zsp::conformance::wordsOf;
 using Words = std::vector<std::int16_t>;
-
-Vad1State resetState()
-{
-    Vad1State state{};
-    std::ranges::fill(state.old_level, std::int16_t{150});
-    std::ranges::fill(state.ave_level, std::int16_t{150});
-    std::ranges::fill(state.bckr_est, std::int16_t{150});
-    state.corr_hp_fast = 13106;
-    return state;
-}
-
-/// The record as words, for comparisons that name the first difference.
-Words wordsOf(const Vad1State& state)
-{
-    Words words(sizeof state / 2);
-    std::memcpy(words.data(), &state, sizeof state);
-    return words;
-}
 
 const bool registered = addContracts({
     Contract(ZSP_NAMED(zspsVAD1_GSMAMR_16s), {in<std::int16_t>(200),
                                               state(sizeof(Vad1State),
                                                     [](void* p) {
-                                                        const Vad1State fresh = resetState();
+                                                        const Vad1State fresh = resetVad1();
                                                         std::memcpy(p, &fresh, sizeof fresh);
                                                     }),
                                               out<std::int16_t>(1), number(0), number(13106)}),
@@ -62,7 +47,7 @@ TEST(GsmAmrVad1, Avx2EqualsDefinition)
                                     : samples.words(sizeof(Vad1State) / 2);
         Vad1State want, got;
         std::memcpy(&want, words.data(), sizeof want);
-        if (round % 4 == 0) want = resetState();
+        if (round % 4 == 0) want = resetVad1();
         got = want;
         for (int t = 0; t < 3; ++t) {
             Words source = extreme ? samples.extremeWords(200) : samples.words(200);
@@ -112,7 +97,7 @@ constexpr HangoverCase kHangoverCases[] = {
 TEST(GsmAmrVad1, Hangover)
 {
     for (const HangoverCase& c : kHangoverCases) {
-        Vad1State state = resetState();
+        Vad1State state = resetVad1();
         std::ranges::fill(state.bckr_est, c.bckr_est);
         state.corr_hp_fast = c.corr_hp_fast;
         state.vadreg = c.vadreg;
@@ -135,7 +120,7 @@ TEST(GsmAmrVad1, Hangover)
 // A record that holds speech goes silent at once: low power clears every counter.
 TEST(GsmAmrVad1, SilenceClearsCounters)
 {
-    Vad1State state = resetState();
+    Vad1State state = resetVad1();
     state.burst_count = state.hang_count = state.complex_hang_count = 3;
     state.complex_hang_timer = 200;
     state.complex_low = state.pitch = 0x7fff;
@@ -160,7 +145,7 @@ TEST(GsmAmrVad1, PowerComesBeforeTheFilteredFrame)
         std::int16_t pitch;
     };
     for (const Case& c : {Case{0, 0x7fff}, Case{159, 0x7fff}, Case{160, 0x3fff}}) {
-        Vad1State state = resetState();
+        Vad1State state = resetVad1();
         state.pitch = 0x7fff;
         Words source(200);
         source[c.loud] = 1000;
