@@ -9,7 +9,7 @@ coverage_packages=(gcovr)
 deb_packages=(debhelper dh-python doxygen dpkg-dev ffmpeg file ladspa-sdk lintian man-db python3-numpy sox)
 msan_packages=(googletest)
 valgrind_packages=(valgrind)
-windows_packages=(dpkg-dev g++-mingw-w64-x86-64-posix googletest llvm wine64)
+windows_packages=(dpkg-dev g++-mingw-w64-x86-64-posix googletest libz-mingw-w64-dev llvm wine64)
 
 # Installs those of the named packages that are missing; asks for root only when there are any.
 install_packages() {

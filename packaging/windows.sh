@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Packs the libraries that build/windows installs into build/zspsc-VERSION-windows-x64.zip, and uses
-# what comes out of the archive under Wine: a consumer's CMake project, with the DLLs and with the
-# static libraries.
+# Packs what build/windows installs into build/zspsc-VERSION-windows-x64.zip, and uses what comes out
+# of the archive under Wine: a consumer's CMake project with the DLLs and with the archives, and the
+# host, whose self-test compares the DLL's results with the reference vectors.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 name=zspsc-$(dpkg-parsechangelog -S Version)-windows-x64
@@ -31,4 +31,26 @@ for program in consumer/static_*.exe; do "$wine" "$program"; done
 cp "$prefix"/bin/*.dll consumer
 for program in consumer/shared_*.exe; do "$wine" "$program"; done
 
+echo "== The host of the archive"
+zsp=$prefix/bin/zsp.exe
+"$wine" "$zsp" info
+"$wine" "$zsp" selftest
+cp ../../../data/speech_8k.wav .
+"$wine" "$zsp" encode speech_8k.wav speech.g726
+"$wine" "$zsp" decode speech.g726 speech.wav
+"$wine" "$zsp" decode - --codec g726 - <speech.g726 >piped.wav
+tail -c 1000 speech.wav | cmp - <(tail -c 1000 piped.wav) # nothing becomes CR LF
+if "$wine" "$zsp" decode speech.g726 speech.g726 2>/dev/null; then
+    echo "a file was read and written at once" >&2
+    exit 1
+fi
+[ -z "$(find . -name '.zsp-*')" ] || { echo "temporary files stay behind" >&2; exit 1; }
+native=../../release/bin/zsp
+if [ -x $native ]; then
+    $native encode speech_8k.wav native.g726
+    cmp native.g726 speech.g726
+    $native decode native.g726 native.wav
+    cmp native.wav speech.wav
+    echo "codes and decodes as the native host does"
+fi
 ls -l --block-size=KiB "../../$name.zip"

@@ -4,6 +4,7 @@
 #include "tools/zsp/commands/commands.hpp"
 #include "tools/zsp/io/failure.hpp"
 #include "tools/zsp/io/text.hpp"
+#include "tools/zsp/system/system.hpp"
 
 #include "zspcore.h"
 #include "zspvoice.h"
@@ -104,6 +105,7 @@ int runAndTell(int argc, char** argv)
 int main(int argc, char** argv)
 {
     try {
+        zsp::host::passBytes();
         return zsp::host::runAndTell(argc, argv);
     } catch (...) { // memory is short already while the command line is set up
         std::fputs("zsp: out of memory\n", stderr);

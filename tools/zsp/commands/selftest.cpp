@@ -5,6 +5,7 @@
 
 #include "tools/zsp/io/files.hpp"
 #include "tools/zsp/report/conformance.hpp"
+#include "tools/zsp/system/system.hpp"
 
 #include <array>
 #include <cstdio>
@@ -20,7 +21,7 @@ namespace fs = std::filesystem;
 /// The vectors that were installed with the program.
 fs::path installedVectors()
 {
-    return (fs::read_symlink("/proc/self/exe").parent_path() / ZSP_VECTORS).lexically_normal();
+    return (programFile().parent_path() / ZSP_VECTORS).lexically_normal();
 }
 
 void runSelftest(const std::string& directory, const std::string& report)

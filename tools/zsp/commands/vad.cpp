@@ -99,7 +99,7 @@ void writeReport(const VadTrack& track, const Heard& heard, double seconds,
     Report report("Voice activity", format("%s, %.1f s, by the %s detector.", options.input.c_str(),
                                            seconds, std::string(nameOf(track.kind)).c_str()));
     report.tiles({{format("%.1f %%", 100 * track.activity()), "of the frames are speech"},
-                  {format("%zu", track.segments().size()), "segments"},
+                  {std::to_string(track.segments().size()), "segments"},
                   {format("%.1f s", seconds), "of signal"}});
     report.players({heard.clip.player("Input", options.report)});
     const Axis time{"time, s", 0, seconds};

@@ -143,8 +143,9 @@ void AudioWriter::completeAuHeader()
     if (!output_.seekable() || stream_.bytes >= 0xffff'ffff) return;
     const auto size = static_cast<std::uint32_t>(stream_.bytes);
     const std::uint32_t swapped = __builtin_bswap32(size);
-    constexpr off_t kPlace = 8;
-    if (pwrite(output_.descriptor(), &swapped, sizeof swapped, kPlace) != sizeof swapped)
+    constexpr int kPlace = 8;
+    if (lseek(output_.descriptor(), kPlace, SEEK_SET) != kPlace ||
+        ::write(output_.descriptor(), &swapped, sizeof swapped) != sizeof swapped)
         failWithErrno(output_.path());
 }
 
@@ -155,7 +156,7 @@ void AudioWriter::commit()
     if (spool_ >= 0) {
         std::array<std::uint8_t, 65536> block;
         lseek(spool_, 0, SEEK_SET);
-        for (ssize_t count = 0; (count = read(spool_, block.data(), block.size())) > 0;)
+        for (std::ptrdiff_t count = 0; (count = read(spool_, block.data(), block.size())) > 0;)
             output_.write(std::span(block).first(static_cast<std::size_t>(count)));
         close(std::exchange(spool_, -1));
     }

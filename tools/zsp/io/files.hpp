@@ -84,6 +84,9 @@ class OutputFile {
 /// empty names count for none. Reading and writing a terminal, a pipe or a device is no fault.
 void requireDistinct(std::span<const std::string> inputs, std::span<const std::string> outputs);
 
+/// What makes two names one file, be it there or not; nothing for terminals, pipes and devices.
+std::optional<std::string> identityOf(const std::string& path, bool output);
+
 /// A file for reading and writing that has no name and ends with its descriptor.
 int unnamedFile();
 

@@ -1,4 +1,4 @@
-// Reads a file or standard input to its end.
+// Reads a file or standard input to its end, and sees that no file is both read and written.
 
 #include "tools/zsp/io/failure.hpp"
 #include "tools/zsp/io/files.hpp"
@@ -14,10 +14,19 @@
 
 namespace zsp::host {
 
+namespace {
+
+#ifdef _WIN32
+constexpr int kReading = O_RDONLY | O_NOINHERIT | O_BINARY;
+#else
+constexpr int kReading = O_RDONLY | O_CLOEXEC;
+#endif
+
+} // namespace
+
 InputFile::InputFile(std::string path)
     : path_(std::move(path)),
-      descriptor_(path_ == "-" ? STDIN_FILENO : open(path_.c_str(), O_RDONLY | O_CLOEXEC)),
-      owned_(path_ != "-")
+      descriptor_(path_ == "-" ? STDIN_FILENO : open(path_.c_str(), kReading)), owned_(path_ != "-")
 {
     struct stat status {};
     if (descriptor_ < 0 || fstat(descriptor_, &status) != 0) failWithErrno(path_);
@@ -43,7 +52,8 @@ std::size_t InputFile::readOn(std::uint8_t* bytes, std::size_t count)
 {
     std::size_t done = 0;
     while (descriptor_ >= 0 && done < count) {
-        const ssize_t got = ::read(descriptor_, bytes + done, count - done);
+        const auto block = static_cast<unsigned>(std::min<std::size_t>(count - done, 1U << 30));
+        const auto got = ::read(descriptor_, bytes + done, block);
         if (got < 0 && errno == EINTR) continue;
         if (got < 0) failWithErrno(path_);
         if (got == 0) break;
@@ -88,7 +98,8 @@ int InputFile::seekableDescriptor()
         for (std::size_t count = block.size(); count == block.size();) {
             count = read(block);
             total += count;
-            if (::write(copy, block.data(), count) != static_cast<ssize_t>(count)) {
+            if (::write(copy, block.data(), static_cast<unsigned>(count)) !=
+                static_cast<std::ptrdiff_t>(count)) {
                 close(copy);
                 throw Failure(path_, std::string("cannot be copied to a temporary file: ") +
                                          std::strerror(errno));
@@ -103,6 +114,21 @@ int InputFile::seekableDescriptor()
     position_ = 0;
     if (lseek(descriptor_, start_, SEEK_SET) < 0) failWithErrno(path_);
     return descriptor_;
+}
+
+void requireDistinct(std::span<const std::string> inputs, std::span<const std::string> outputs)
+{
+    for (std::size_t i = 0; i < outputs.size(); ++i) {
+        const auto identity = identityOf(outputs[i], true);
+        const bool standard = outputs[i] == "-";
+        for (const std::string& input : inputs)
+            if (identity && identity == identityOf(input, false))
+                throw UsageError(outputs[i] + ": is input and output at once");
+        for (std::size_t k = 0; k < i; ++k)
+            if ((standard && outputs[k] == "-") ||
+                (identity && identity == identityOf(outputs[k], true)))
+                throw UsageError(outputs[i] + ": is named for two outputs");
+    }
 }
 
 } // namespace zsp::host

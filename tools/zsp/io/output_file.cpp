@@ -227,46 +227,20 @@ int unnamedFile()
     return descriptor;
 }
 
-namespace {
-
-/// What makes two names one file: device and number of the file that is there, else the folder's
-/// and the name in it.
-struct Identity {
-    std::uint64_t device = 0, number = 0;
-    std::string name;
-    bool operator==(const Identity&) const = default;
-};
-
-std::optional<Identity> identityOf(const std::string& path, bool output)
+/// Device and number of the file that is there, else the folder's and the name in it.
+std::optional<std::string> identityOf(const std::string& path, bool output)
 {
     if (path.empty()) return std::nullopt;
     struct stat status {};
+    const auto place = [&status](const std::string& name) {
+        return std::to_string(status.st_dev) + " " + std::to_string(status.st_ino) + " " + name;
+    };
     const int found = path == "-" ? fstat(output ? STDOUT_FILENO : STDIN_FILENO, &status)
                                   : stat(path.c_str(), &status);
-    if (found == 0) {
-        if (!S_ISREG(status.st_mode)) return std::nullopt;
-        return Identity{status.st_dev, status.st_ino, ""};
-    }
+    if (found == 0) return S_ISREG(status.st_mode) ? std::optional(place("")) : std::nullopt;
     const std::string target = followed(path);
     if (stat(directoryOf(target).c_str(), &status) != 0) return std::nullopt;
-    return Identity{status.st_dev, status.st_ino, fs::path(target).filename().string()};
-}
-
-} // namespace
-
-void requireDistinct(std::span<const std::string> inputs, std::span<const std::string> outputs)
-{
-    for (std::size_t i = 0; i < outputs.size(); ++i) {
-        const auto identity = identityOf(outputs[i], true);
-        const bool standard = outputs[i] == "-";
-        for (const std::string& input : inputs)
-            if (identity && identity == identityOf(input, false))
-                throw UsageError(outputs[i] + ": is input and output at once");
-        for (std::size_t k = 0; k < i; ++k)
-            if ((standard && outputs[k] == "-") ||
-                (identity && identity == identityOf(outputs[k], true)))
-                throw UsageError(outputs[i] + ": is named for two outputs");
-    }
+    return place(fs::path(target).filename().string());
 }
 
 } // namespace zsp::host

@@ -7,8 +7,16 @@
 
 namespace zsp::host {
 
+// How the compiler is to check a format: MinGW has two printf, and C++ gets the standard's.
+#ifdef __MINGW_PRINTF_FORMAT
+#define ZSP_PRINTF __MINGW_PRINTF_FORMAT
+#else
+#define ZSP_PRINTF printf
+#endif
+
 /// As snprintf().
-[[gnu::format(printf, 1, 2)]] std::string format(const char* pattern, ...);
+[[gnu::format(ZSP_PRINTF, 1, 2)]] std::string format(const char* pattern, ...);
+#undef ZSP_PRINTF
 
 /// With the characters that mean something in HTML written as entities.
 std::string escaped(const std::string& text);

@@ -6,6 +6,7 @@
 #include "tools/zsp/io/files.hpp"
 #include "tools/zsp/io/text.hpp"
 #include "tools/zsp/report/report.hpp"
+#include "tools/zsp/system/system.hpp"
 
 #include "zspvoice.h"
 
@@ -13,7 +14,6 @@
 #include <cpuid.h>
 #include <cstring>
 #include <ctime>
-#include <dlfcn.h>
 
 namespace zsp::host {
 
@@ -39,20 +39,15 @@ std::string processorName()
 /// The file that calls of the library go to, whichever the loader chose.
 std::string libraryFile()
 {
-    Dl_info info{};
-    std::error_code error;
-    if (dladdr(reinterpret_cast<const void*>(&zspscGetLibVersion), &info) == 0) return "unknown";
-    const fs::path file = fs::canonical(info.dli_fname, error);
-    return error ? info.dli_fname : file.string();
+    const fs::path file = libraryFileOf(reinterpret_cast<const void*>(&zspscGetLibVersion));
+    return file.empty() ? "unknown" : file.string();
 }
 
 std::string now()
 {
     const std::time_t seconds = std::time(nullptr);
-    std::tm utc{};
     char text[32];
-    gmtime_r(&seconds, &utc);
-    std::strftime(text, sizeof text, "%Y-%m-%d %H:%M UTC", &utc);
+    std::strftime(text, sizeof text, "%Y-%m-%d %H:%M UTC", std::gmtime(&seconds));
     return text;
 }
 
