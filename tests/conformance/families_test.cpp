@@ -8,7 +8,9 @@
 
 #include <algorithm>
 #include <fstream>
+#include <random>
 #include <set>
+#include <string>
 
 namespace {
 
@@ -44,9 +46,11 @@ TEST(Conformance, EveryFileOfVectorsIsRead)
 // One wrong byte at the end of what is wanted is enough, and so is a byte or a file too few.
 TEST(Conformance, WhatIsWrongFails)
 {
-    std::string copy = (fs::temp_directory_path() / "zsp-conformance-XXXXXX").string();
-    ASSERT_NE(mkdtemp(copy.data()), nullptr);
-    fs::copy(vectorPath(""), copy, fs::copy_options::recursive);
+    const std::string copy =
+        (fs::temp_directory_path() / ("zsp-conformance-" + std::to_string(std::random_device{}())))
+            .string();
+    ASSERT_TRUE(fs::create_directory(copy));
+    fs::copy(fs::path(vectorPath("")).parent_path(), copy, fs::copy_options::recursive);
     const auto failures = [&copy](const Family& family) {
         std::size_t count = 0;
         for (const Check& check : checksOf(family, Vectors(copy)))
