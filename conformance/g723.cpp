@@ -102,14 +102,14 @@ void checkTrace(const Vectors& vectors, const std::string& mode)
         const auto& in = wanted.at("in").at(0);
         const Words samples(in.begin(), in.end());
         recordsOf(samples.size(), kG723Frame, file);
-        Recorder::results.clear();
+        Recorder::results().clear();
         const auto bytes = encoded(encoder, samples, mode);
         auto inside = kInsideEncoder;
         if (wanted.at("vad").at(0).at(0) == 0) inside.insert("lsp_index"); // not sent
-        encoding.requireFrame(number, Recorder::results, inside);
-        Recorder::results.clear();
+        encoding.requireFrame(number, Recorder::results(), inside);
+        Recorder::results().clear();
         decoded(decoder, bytes, true);
-        decoding.requireFrame(number, Recorder::results, kInsideDecoder);
+        decoding.requireFrame(number, Recorder::results(), kInsideDecoder);
     }
 }
 

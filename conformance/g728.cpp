@@ -28,7 +28,7 @@ const std::set<std::string> kInner = {"target", "target_correlated", "postfilter
 /// What the blocks have given, as the traces print it.
 Results printed()
 {
-    Results results = Recorder::results;
+    Results results = Recorder::results();
     for (auto& [name, all] : results)
         for (auto& values : all) {
             if (values.size() == 6 || values.size() == 2) { // block floating point: Q comes first
@@ -44,7 +44,7 @@ Results printed()
 template <typename Work>
 void traced(std::size_t number, const Trace* trace, Work work)
 {
-    Recorder::results.clear();
+    Recorder::results().clear();
     work();
     const auto frame = static_cast<std::int32_t>(number);
     if (trace && trace->frames().contains(frame)) trace->requireFrame(frame, printed(), kInner);

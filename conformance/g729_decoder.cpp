@@ -72,12 +72,12 @@ void checkRun(const Vectors& vectors, const std::vector<std::string>& run)
 void checkTrace(const Vectors& vectors, const std::string& name, const std::string& stream)
 {
     const Trace trace(vectors, "g729codec/decode." + name + ".trace.txt", "frame");
-    Recorder::results.clear();
+    Recorder::results().clear();
     decoded<Recorder>(framesOf(vectors, stream), name.starts_with("annexa"),
                       [&](std::int32_t number) {
                           if (trace.frames().contains(number))
-                              trace.requireFrame(number, Recorder::results, kInner);
-                          Recorder::results.clear();
+                              trace.requireFrame(number, Recorder::results(), kInner);
+                          Recorder::results().clear();
                       });
 }
 

@@ -76,12 +76,12 @@ void checkTrace(const Vectors& vectors)
         const auto& in = wanted.at("in").at(0);
         const Words samples(in.begin(), in.end());
         recordsOf(samples.size(), kFrame, file);
-        Recorder::results.clear();
+        Recorder::results().clear();
         const Coded bytes = encoded(encoder, samples);
-        encoding.requireFrame(number, Recorder::results, kInner);
-        Recorder::results.clear();
+        encoding.requireFrame(number, Recorder::results(), kInner);
+        Recorder::results().clear();
         decoded(decoder, bytes.data());
-        decoding.requireFrame(number, Recorder::results, kInner);
+        decoding.requireFrame(number, Recorder::results(), kInner);
     }
 }
 

@@ -13,6 +13,12 @@ std::set<std::string> namesOf(const std::string& line)
     return {std::istream_iterator<std::string>(words), {}};
 }
 
+Results& Recorder::results()
+{
+    thread_local Results results;
+    return results;
+}
+
 Trace::Trace(const Vectors& vectors, const std::string& file, const std::string& opening,
              const std::string& closing)
     : file_(file)

@@ -21,12 +21,13 @@ using Results = std::map<std::string, std::vector<std::vector<std::int32_t>>>;
 
 /// The probe of a coder (voice/codec/shared/probe.hpp) that notes what its blocks give.
 struct Recorder {
-    static inline thread_local Results results;
+    /// This thread's. A function, since MinGW defines an inline variable of threads twice.
+    static Results& results();
 
     template <typename T>
     static void show(const char* name, const T& words)
     {
-        auto& values = results[name].emplace_back();
+        auto& values = results()[name].emplace_back();
         if constexpr (std::is_integral_v<T>)
             values.assign(1, words);
         else
