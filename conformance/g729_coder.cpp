@@ -12,8 +12,8 @@ namespace {
 void checkPrediction(const Vectors& vectors, const std::string& annex)
 {
     const Trace trace(vectors, "g729codec/encode." + annex + ".trace.txt", "frame");
-    for (const auto& [number, wanted] : trace.frames()) {
-        const auto line = [&](const char* name) { return wanted.at(name).at(0); };
+    for (const auto& frame : trace.frames()) {
+        const auto line = [&](const char* name) { return frame.second.at(name).at(0); };
         auto corr = line("autocorr_high"), low = line("autocorr_low");
         for (std::size_t i = 0; i < corr.size(); ++i)
             corr[i] = corr[i] * 65536 + 2 * low.at(i);
