@@ -103,6 +103,7 @@
 #include "zspsc/g728/postfilter.h"
 #include "zspsc/g729/annexb.h"
 #include "zspsc/g729/decoder.h"
+#include "zspsc/g729/encoder.h"
 #include "zspsc/g729/filters.h"
 #include "zspsc/g729/lp.h"
 #include "zspsc/g729/postfilter.h"

@@ -30,6 +30,10 @@ bool levinsonDurbin(std::span<const Long, kTaps> corr, Prediction& p) noexcept;
 // Line spectral pairs
 
 /// `previous` where fewer than ten roots are found: then false.
+/// The definitions.
+bool lpcToLspScalar(In<kTaps> lpc_Q12, In<kOrder> previous, Out<kOrder> lsp_Q15) noexcept;
+bool lpcToLspAScalar(In<kTaps> lpc_Q12, In<kOrder> previous, Out<kOrder> lsp_Q15) noexcept;
+/// Equal to them in every result.
 bool lpcToLsp(In<kTaps> lpc_Q12, In<kOrder> previous, Out<kOrder> lsp_Q15) noexcept;
 bool lpcToLspA(In<kTaps> lpc_Q12, In<kOrder> previous, Out<kOrder> lsp_Q15) noexcept;
 void lspToLpc(In<kOrder> lsp_Q15, Out<kTaps> lpc_Q12) noexcept;

@@ -61,11 +61,36 @@ Word valueAt(Word x, const std::array<Word, 6>& f, const Polynomials& p) noexcep
     return fx::extract_h(fx::l_shl(t, p.shift));
 }
 
+/// valueAt() with products of 31 bits in one piece. Where a sum leaves 31 bits, which nothing but
+/// strange filters makes it do, the definition decides.
+Word fastValueAt(Word x, const std::array<Word, 6>& f, const Polynomials& p) noexcept
+{
+    std::uint64_t wide = 0;
+    const auto looked = [&wide](std::int64_t v) {
+        wide |= static_cast<std::uint64_t>(v + (1 << 30)) >> 31;
+        return v;
+    };
+    const auto times = [x](std::int64_t b) { return ((b >> 1) * x) >> 15; };
+    std::int64_t b2 = p.one / 8 * 65536;
+    std::int64_t b1 = looked(std::int64_t{x} * (p.one / 2) + f[1] * 8192);
+    for (std::size_t i = 2; i < 5; ++i) {
+        const std::int64_t t = looked(looked(4 * times(b1)) - (b2 & ~1) + f[i] * 8192);
+        b2 = b1;
+        b1 = t;
+    }
+    const std::int64_t t = looked(2 * times(b1) - (b2 & ~1) + f[5] * 4096);
+    if (wide != 0) return valueAt(x, f, p);
+    return fx::extract_h(fx::sat32(t * (std::int64_t{1} << p.shift)));
+}
+
 bool opposed(Word a, Word b) noexcept
 {
     return fx::l_mult(a, b) <= 0;
 }
 
+using Value = Word (*)(Word, const std::array<Word, 6>&, const Polynomials&) noexcept;
+
+template <Value value>
 bool findRoots(In<kTaps> lpc_Q12, std::span<const Word> grid, int halvings, In<kOrder> previous,
                Out<kOrder> lsp_Q15) noexcept
 {
@@ -74,17 +99,17 @@ bool findRoots(In<kTaps> lpc_Q12, std::span<const Word> grid, int halvings, In<k
     std::array<Word, kOrder> roots;
     std::size_t found = 0;
     Word xLow = grid[0];
-    Word yLow = valueAt(xLow, p.f[0], p);
+    Word yLow = value(xLow, p.f[0], p);
     for (std::size_t j = 1; j < grid.size() && found < kOrder; ++j) {
         Word xHigh = xLow, yHigh = yLow;
         const auto* f = &p.f[found % 2];
         xLow = grid[j];
-        yLow = valueAt(xLow, *f, p);
+        yLow = value(xLow, *f, p);
         if (!opposed(yLow, yHigh)) continue;
 
         for (int i = 0; i < halvings; ++i) {
             const Word xMid = fx::add(static_cast<Word>(xLow >> 1), static_cast<Word>(xHigh >> 1));
-            const Word yMid = valueAt(xMid, *f, p);
+            const Word yMid = value(xMid, *f, p);
             if (opposed(yLow, yMid)) {
                 yHigh = yMid;
                 xHigh = xMid;
@@ -106,7 +131,7 @@ bool findRoots(In<kTaps> lpc_Q12, std::span<const Word> grid, int halvings, In<k
         }
         roots[found++] = root;
         xLow = root;
-        yLow = valueAt(xLow, p.f[found % 2], p);
+        yLow = value(xLow, p.f[found % 2], p);
     }
     const bool all = found == kOrder;
     if (all)
@@ -136,14 +161,24 @@ std::array<Long, 6> product(const Word* lsp_Q15) noexcept
 
 } // namespace
 
+bool lpcToLspScalar(In<kTaps> lpc_Q12, In<kOrder> previous, Out<kOrder> lsp_Q15) noexcept
+{
+    return findRoots<valueAt>(lpc_Q12, kRootGrid60, 4, previous, lsp_Q15);
+}
+
+bool lpcToLspAScalar(In<kTaps> lpc_Q12, In<kOrder> previous, Out<kOrder> lsp_Q15) noexcept
+{
+    return findRoots<valueAt>(lpc_Q12, kRootGrid50, 2, previous, lsp_Q15);
+}
+
 bool lpcToLsp(In<kTaps> lpc_Q12, In<kOrder> previous, Out<kOrder> lsp_Q15) noexcept
 {
-    return findRoots(lpc_Q12, kRootGrid60, 4, previous, lsp_Q15);
+    return findRoots<fastValueAt>(lpc_Q12, kRootGrid60, 4, previous, lsp_Q15);
 }
 
 bool lpcToLspA(In<kTaps> lpc_Q12, In<kOrder> previous, Out<kOrder> lsp_Q15) noexcept
 {
-    return findRoots(lpc_Q12, kRootGrid50, 2, previous, lsp_Q15);
+    return findRoots<fastValueAt>(lpc_Q12, kRootGrid50, 2, previous, lsp_Q15);
 }
 
 void lspToLpc(In<kOrder> lsp_Q15, Out<kTaps> lpc_Q12) noexcept
@@ -170,7 +205,7 @@ void lsfToLsp(In<kOrder> lsf_Q13, Out<kOrder> lsp_Q15) noexcept
 {
     for (std::size_t i = 0; i < kOrder; ++i) {
         const Word f = fx::mult(lsf_Q13[i], 20861);
-        const auto k = static_cast<std::size_t>(std::min(f >> 8, 63));
+        const auto k = static_cast<std::size_t>(std::clamp(f >> 8, 0, 63));
         const auto rest = static_cast<Word>(f & 255);
         const Word fall = fx::extract_l(fx::l_mult(kCosineSlope[k], rest) >> 13);
         lsp_Q15[i] = fx::add(kCosine[k], fall);
@@ -187,7 +222,7 @@ ZspStatus zspsLPCToLSP_G729_16s(const std::int16_t* lpc, const std::int16_t* pre
     if (!lpc || !previous || !lsp) return zspStsNullPtrErr;
 
     g729::lpcToLsp(spanOf<g729::kTaps>(lpc), spanOf<g729::kOrder>(previous),
-                   spanOf<g729::kOrder>(lsp));
+                       spanOf<g729::kOrder>(lsp));
     return zspStsNoErr;
 }
 
@@ -197,7 +232,7 @@ ZspStatus zspsLPCToLSP_G729A_16s(const std::int16_t* lpc, const std::int16_t* pr
     if (!lpc || !previous || !lsp) return zspStsNullPtrErr;
 
     g729::lpcToLspA(spanOf<g729::kTaps>(lpc), spanOf<g729::kOrder>(previous),
-                    spanOf<g729::kOrder>(lsp));
+                        spanOf<g729::kOrder>(lsp));
     return zspStsNoErr;
 }
 

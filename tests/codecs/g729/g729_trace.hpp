@@ -27,6 +27,45 @@ void forEachEncoded(Test test)
             test(t, annex == "main", annex + ", frame " + std::to_string(t.value("frame")));
 }
 
+/// The last words of a signal of which the frames of a trace show pieces.
+class Past {
+  public:
+    explicit Past(std::size_t count) : words_(count) {}
+
+    /// To be called once for each frame: frames after a gap begin without a past.
+    void frame(const TracedFrame& t)
+    {
+        const int number = t.value("frame");
+        if (number == 0) {
+            std::ranges::fill(words_, std::int16_t{0});
+            known_ = words_.size();
+        } else if (number != last_ + 1) {
+            known_ = 0;
+        }
+        last_ = number;
+    }
+    void push(const Words& words)
+    {
+        words_.insert(words_.end(), words.begin(), words.end());
+        words_.erase(words_.begin(), words_.begin() + static_cast<std::ptrdiff_t>(words.size()));
+        known_ += words.size();
+    }
+    bool isWhole() const { return known_ >= words_.size(); }
+
+    /// The past, and behind it what follows.
+    Words with(const Words& now) const
+    {
+        Words all = words_;
+        all.insert(all.end(), now.begin(), now.end());
+        return all;
+    }
+
+  private:
+    Words words_;
+    std::size_t known_ = 0;
+    int last_ = -1;
+};
+
 /// Words for comparing a fast form with its definition: of any size, at both ends of the range, and
 /// smaller and smaller, which is where the fast forms decide for themselves.
 inline Words anyWords(Samples& samples, std::size_t count, int round)

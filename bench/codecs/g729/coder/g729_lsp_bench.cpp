@@ -25,8 +25,10 @@ void makeFilter(benchmark::State& state)
     });
 }
 
-BENCHMARK(search<lpcToLsp>)->Name("g729LPCToLSP/definition");
-BENCHMARK(search<lpcToLspA>)->Name("g729aLPCToLSP/definition");
+BENCHMARK(search<lpcToLspScalar>)->Name("g729LPCToLSP/definition");
+BENCHMARK(search<lpcToLsp>)->Name("g729LPCToLSP/fast");
+BENCHMARK(search<lpcToLspAScalar>)->Name("g729aLPCToLSP/definition");
+BENCHMARK(search<lpcToLspA>)->Name("g729aLPCToLSP/fast");
 BENCHMARK(makeFilter)->Name("g729LSPToLPC/definition");
 
 } // namespace

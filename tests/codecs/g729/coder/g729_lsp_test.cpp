@@ -1,5 +1,7 @@
 // Line spectral pairs of G.729: the reference's traces and known filters.
 
+#include "codecs/g729/coder/g729_coder.hpp"
+
 #include "tests/codecs/g729/g729_trace.hpp"
 
 namespace {
@@ -78,6 +80,33 @@ TEST(G729Lsp, EndsOfTheGrid)
     EXPECT_NEAR(lsp[4], -32729, 4);
     EXPECT_EQ(lsp[5], -32729); // the last step begins anew
     EXPECT_EQ(lsp[7], -32749);
+}
+
+TEST(G729Lsp, FastEqualsDefinition)
+{
+    Samples samples(323);
+    int found = 0;
+    for (int round = 0; round < 6000; ++round) {
+        Words lpc(11), want(10), got(10);
+        if (round % 2) { // as filters are
+            Words lsp(10);
+            for (std::size_t i = 0; i < 10; ++i)
+                lsp[i] = static_cast<std::int16_t>(30000 - 6000 * static_cast<int>(i) +
+                                                   samples.uniform(-2900, 2900));
+            zspsLSPToLPC_G729_16s(lsp.data(), lpc.data());
+        } else {
+            lpc = anyWords(samples, 11, round / 2);
+        }
+        const auto a = zsp::spanOf<11>(lpc.data());
+        const auto first = zsp::spanOf<10>(kFirst.data());
+        found += zsp::g729::lpcToLspScalar(a, first, zsp::spanOf<10>(want.data()));
+        zsp::g729::lpcToLsp(a, first, zsp::spanOf<10>(got.data()));
+        expectEqual(got, want, "main, round " + std::to_string(round));
+        zsp::g729::lpcToLspAScalar(a, first, zsp::spanOf<10>(want.data()));
+        zsp::g729::lpcToLspA(a, first, zsp::spanOf<10>(got.data()));
+        expectEqual(got, want, "Annex A, round " + std::to_string(round));
+    }
+    EXPECT_GT(found, 2500);
 }
 
 } // namespace
