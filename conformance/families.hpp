@@ -31,6 +31,7 @@ void checkG726(const Vectors& vectors, Checks& checks);
 void checkG728(const Vectors& vectors, Checks& checks);
 void checkG729(const Vectors& vectors, Checks& checks);
 void checkG729Coder(const Vectors& vectors, Checks& checks);
+void checkG729Encoder(const Vectors& vectors, Checks& checks);
 void checkG729Decoder(const Vectors& vectors, Checks& checks);
 void checkG729Pauses(const Vectors& vectors, Checks& checks);
 void checkGsmFullRate(const Vectors& vectors, Checks& checks);

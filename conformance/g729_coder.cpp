@@ -40,6 +40,7 @@ void checkG729Coder(const Vectors& vectors, Checks& checks)
 {
     for (const std::string annex : {"main", "annexa"})
         checks.add("linear prediction, " + annex, [&] { checkPrediction(vectors, annex); });
+    checkG729Encoder(vectors, checks);
     checkG729Decoder(vectors, checks);
     checkG729Pauses(vectors, checks);
 }

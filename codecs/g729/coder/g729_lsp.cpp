@@ -222,7 +222,7 @@ ZspStatus zspsLPCToLSP_G729_16s(const std::int16_t* lpc, const std::int16_t* pre
     if (!lpc || !previous || !lsp) return zspStsNullPtrErr;
 
     g729::lpcToLsp(spanOf<g729::kTaps>(lpc), spanOf<g729::kOrder>(previous),
-                       spanOf<g729::kOrder>(lsp));
+                   spanOf<g729::kOrder>(lsp));
     return zspStsNoErr;
 }
 
@@ -232,7 +232,7 @@ ZspStatus zspsLPCToLSP_G729A_16s(const std::int16_t* lpc, const std::int16_t* pr
     if (!lpc || !previous || !lsp) return zspStsNullPtrErr;
 
     g729::lpcToLspA(spanOf<g729::kTaps>(lpc), spanOf<g729::kOrder>(previous),
-                        spanOf<g729::kOrder>(lsp));
+                    spanOf<g729::kOrder>(lsp));
     return zspStsNoErr;
 }
 

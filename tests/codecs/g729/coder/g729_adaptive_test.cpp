@@ -90,7 +90,7 @@ TEST(G729Adaptive, Traces)
 
 TEST(G729Adaptive, LoudVectorsAreDividedByFour)
 {
-    const Words loud(40, 32767), opposite(40, -32768);
+    const Words loud(40, 8000), opposite(40, -8000);
     Words sums(4);
     std::int16_t gain = 0;
     zspsAdaptiveCodebookGain_G729_16s(loud.data(), loud.data(), sums.data(), &gain);

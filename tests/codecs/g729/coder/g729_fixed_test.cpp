@@ -34,7 +34,8 @@ TEST(G729Fixed, Traces)
             const Words corr = t.words("fixed_correlations", k);
             Words matrix(616), filtered(40), target = t.words("target_fixed", k), found(40);
             ASSERT_EQ(zspsToeplizMatrix_G729_16s(response.data(), matrix.data()), zspStsNoErr);
-            expectEqual(matrix, t.words("impulse_correlations", k), what);
+            if (t.has("impulse_correlations"))
+                expectEqual(matrix, t.words("impulse_correlations", k), what);
             zspsCrossCorr_NormM_16s(target.data(), response.data(), 40, found.data());
             expectEqual(found, corr, what);
             std::int16_t positions = 0, signs = 0;
