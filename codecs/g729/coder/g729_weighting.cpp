@@ -136,7 +136,7 @@ ZspStatus zspsResidualFilter_G729_16s(const std::int16_t* lpc, const std::int16_
     if (!lpc || !src || !dst) return zspStsNullPtrErr;
     if (len < 1) return zspStsSizeErr;
 
-    celp::residual(spanOf<g729::kTaps>(lpc), src, {dst, static_cast<std::size_t>(len)});
+    celp::residualAvx2(spanOf<g729::kTaps>(lpc), src, {dst, static_cast<std::size_t>(len)});
     return zspStsNoErr;
 }
 

@@ -85,22 +85,27 @@ inline constexpr std::size_t kResidualPast = 152;
 using PostResidual = In<kResidualPast + kSubframe>;
 /// The delay that is found, 0 where the filter does nothing.
 Word longTermPostFilterScalar(Word lag, PostResidual residual, Out<kSubframe> dst) noexcept;
+Word longTermPostFilterAvx2(Word lag, PostResidual residual, Out<kSubframe> dst) noexcept;
 
 /// Filters and gives the tilt of the response, -k1; dst begins with the last word before.
 Word shortTermPostFilter(In<kTaps> zeros_Q12, In<kTaps> poles_Q12, In<kSubframe> src,
                          Out<kSubframe + 1> dst, Out<kOrder> memory) noexcept;
 void tiltCompensationScalar(Word reflection_Q15, In<kSubframe + 1> src,
                             Out<kSubframe> dst) noexcept;
+void tiltCompensationFast(Word reflection_Q15, In<kSubframe + 1> src, Out<kSubframe> dst) noexcept;
 void gainControlScalar(In<kSubframe> before, Out<kSubframe> samples, Word& gain_Q14) noexcept;
+void gainControlFast(In<kSubframe> before, Out<kSubframe> samples, Word& gain_Q14) noexcept;
 
 // Post-filter of Annex A, clause A.4.2
 
 inline constexpr std::size_t kResidualPastA = 143;
 using PostResidualA = In<kResidualPastA + kSubframe>;
 void longTermPostFilterAScalar(Word lag, PostResidualA residual, Out<kSubframe> dst) noexcept;
+void longTermPostFilterAAvx2(Word lag, PostResidualA residual, Out<kSubframe> dst) noexcept;
 /// `last` is the last word of the sub-frame before, as it was.
 void tiltCompensationA(In<kTaps> zeros_Q12, In<kTaps> poles_Q12, Out<kSubframe> samples,
                        Word& last) noexcept;
 void gainControlAScalar(In<kSubframe> before, Out<kSubframe> samples, Word& gain_Q12) noexcept;
+void gainControlAFast(In<kSubframe> before, Out<kSubframe> samples, Word& gain_Q12) noexcept;
 
 } // namespace zsp::g729

@@ -2,9 +2,9 @@
 // 3.7.1 and 4.1.3), the fixed vector of four pulses, sharpened (3.8, 4.1.4), and their sum (4.1.6).
 
 #include "codecs/g729/decoder/g729_decoder.hpp"
+#include "codecs/g729/decoder/g729_vectors.hpp"
 #include "codecs/g729/tables/g729_pitch_tables.hpp"
 #include "codecs/shared/words.hpp"
-#include "core/avx2.hpp"
 #include "core/entries.hpp"
 
 #include <cassert>
@@ -90,9 +90,7 @@ __m256i sixteenOutputs(const Word* x, const std::array<std::int32_t, 10>& taps) 
         low = _mm256_add_epi32(low, _mm256_madd_epi16(_mm256_unpacklo_epi16(even, odd), pair));
         high = _mm256_add_epi32(high, _mm256_madd_epi16(_mm256_unpackhi_epi16(even, odd), pair));
     }
-    const __m256i half = _mm256_set1_epi32(0x4000);
-    return _mm256_packs_epi32(_mm256_srai_epi32(_mm256_add_epi32(low, half), 15),
-                              _mm256_srai_epi32(_mm256_add_epi32(high, half), 15));
+    return roundPairs(low, high);
 }
 
 } // namespace
@@ -164,15 +162,9 @@ void excitationAvx2(Word pitchGain_Q14, Word codeGain_Q1, In<kSubframe> code,
 {
     assert(pitchGain_Q14 >= 0 && codeGain_Q1 >= 0);
     const __m256i gains = _mm256_set1_epi32(codeGain_Q1 * 65536 + pitchGain_Q14);
-    const __m256i half = _mm256_set1_epi32(0x2000);
-    const auto eight = [&](__m128i e, __m128i c) {
-        const __m256i pairs = _mm256_set_m128i(_mm_unpackhi_epi16(e, c), _mm_unpacklo_epi16(e, c));
-        const __m256i sum =
-            _mm256_srai_epi32(_mm256_add_epi32(_mm256_madd_epi16(pairs, gains), half), 14);
-        return _mm_packs_epi32(_mm256_castsi256_si128(sum), _mm256_extracti128_si256(sum, 1));
-    };
     for (std::size_t n = 0; n < kSubframe; n += 8)
-        avx2::store8(&adaptive[n], eight(avx2::load8(&adaptive[n]), avx2::load8(&code[n])));
+        avx2::store8(&adaptive[n],
+                     mixPairs<14>(avx2::load8(&adaptive[n]), avx2::load8(&code[n]), gains));
 }
 
 void synthesise(In<kTaps> lpc_Q12, std::size_t subframe, Out<kExcitation> excitation,

@@ -2,8 +2,9 @@
 // the response's first two correlations, and gain control by energies.
 
 #include "codecs/g729/decoder/g729_decoder.hpp"
+#include "codecs/g729/decoder/g729_vectors.hpp"
+#include "codecs/shared/words.hpp"
 #include "common/math/inv_sqrt.hpp"
-#include "core/avx2.hpp"
 #include "core/entries.hpp"
 
 #include <cassert>
@@ -71,6 +72,46 @@ void longTermPostFilterAScalar(Word lag, PostResidualA residual, Out<kSubframe> 
         dst[n] = fx::add(fx::mult(s.own, *(r + n)), fx::mult(s.past, *(r + n - best)));
 }
 
+/// Up to here 40 squares of quarters are below 2^30.
+constexpr Word kLargestSafe = 20724;
+static_assert(std::int64_t{40} * (kLargestSafe / 4) * (kLargestSafe / 4) < 1 << 30);
+
+void longTermPostFilterAAvx2(Word lag, PostResidualA residual, Out<kSubframe> dst) noexcept
+{
+    if (codecs::largest(residual) > kLargestSafe)
+        return longTermPostFilterAScalar(lag, residual, dst);
+    alignas(32) std::array<Word, 192> quarters; // with room behind the sub-frame
+    for (std::size_t i = 0; i < residual.size(); ++i)
+        quarters[i] = static_cast<Word>(residual[i] >> 2);
+    const Word* q = &quarters[kResidualPastA];
+    const auto [first, last] = rangeAround(lag);
+    const __m256i now0 = avx2::load(q), now1 = avx2::load(q + 16);
+    const __m256i now2 = _mm256_zextsi128_si256(avx2::load8(q + 32)); // then zeros
+    __m256i sums[8]; // lags from the first on; the sub-frame itself
+    for (std::size_t k = 0; k < 8; ++k) {
+        const Word* x = k == 7 ? q : q - (first + static_cast<int>(k));
+        sums[k] = sumOf3(now0, avx2::load(x), now1, avx2::load(x + 16), now2,
+                         _mm256_zextsi128_si256(avx2::load8(x + 32)));
+    }
+    alignas(32) std::array<Long, 8> totals;
+    avx2::store(totals.data(), sumEach(sums));
+    const auto best = std::max_element(totals.begin(), totals.begin() + (last - first + 1));
+    const int delay = first + static_cast<int>(best - totals.begin());
+    const Word* past = q - delay;
+    const Shares s =
+        sharesOf(std::max<Long>(2 * *best, 0), 2 * dot40(past, past) + 1, 2 * totals[7] + 1);
+    const Word* r = &residual[kResidualPastA];
+    if (s.past == 0 && s.own == fx::kMax16) {
+        std::copy_n(r, kSubframe, dst.begin());
+        return;
+    }
+    const __m256i own = _mm256_set1_epi16(s.own), other = _mm256_set1_epi16(s.past);
+    for (const std::size_t n :
+         {std::size_t{0}, std::size_t{16}, std::size_t{24}}) // the last two overlap
+        avx2::store(&dst[n], _mm256_adds_epi16(avx2::mult(avx2::load(r + n), own),
+                                               avx2::mult(avx2::load(r + n - delay), other)));
+}
+
 namespace {
 
 constexpr std::size_t kResponseA = 22;
@@ -95,11 +136,13 @@ void tiltCompensationA(In<kTaps> zeros_Q12, In<kTaps> poles_Q12, Out<kSubframe> 
                        Word& last) noexcept
 {
     const Word tilt = tiltOfA(zeros_Q12, poles_Q12);
-    const Word newest = samples[kSubframe - 1];
-    for (std::size_t n = kSubframe - 1; n > 0; --n)
-        samples[n] = fx::sub(samples[n], fx::mult(tilt, samples[n - 1]));
-    samples[0] = fx::sub(samples[0], fx::mult(tilt, last));
-    last = newest;
+    std::array<Word, kSubframe> before; // mult(tilt, x), which cannot saturate: tilt >= 0
+    before[0] = static_cast<Word>((tilt * last) >> 15);
+    for (std::size_t n = 1; n < kSubframe; ++n)
+        before[n] = static_cast<Word>((tilt * samples[n - 1]) >> 15);
+    last = samples[kSubframe - 1];
+    for (std::size_t n = 0; n < kSubframe; ++n)
+        samples[n] = static_cast<Word>(std::clamp(samples[n] - before[n], -32768, 32767));
 }
 
 namespace {
@@ -140,6 +183,38 @@ void gainControlAScalar(In<kSubframe> before, Out<kSubframe> samples, Word& gain
     }
 }
 
+namespace {
+
+/// Squares of 14 bits: those of 40 words fit 32 bits without a sign, and only the whole saturates.
+Long quarterEnergyAvx2(In<kSubframe> x) noexcept
+{
+    const __m256i a = _mm256_srai_epi16(avx2::load(&x[0]), 2);
+    const __m256i b = _mm256_srai_epi16(avx2::load(&x[16]), 2);
+    const __m256i c = _mm256_zextsi128_si256(_mm_srai_epi16(avx2::load8(&x[32]), 2));
+    const auto sum = static_cast<std::uint32_t>(avx2::sum32(sumOf3(a, a, b, b, c, c)));
+    return fx::sat32(2 * std::int64_t{sum});
+}
+
+} // namespace
+
+/// The gain never saturates: 0.9 of 32767 and a target of 3275 at most are below it.
+void gainControlAFast(In<kSubframe> before, Out<kSubframe> samples, Word& gain_Q12) noexcept
+{
+    const Long out = quarterEnergyAvx2(samples);
+    if (out == 0) {
+        gain_Q12 = 0;
+        return;
+    }
+    const std::int32_t target = targetOfA(quarterEnergyAvx2(before), out);
+    std::array<std::int32_t, kSubframe> gains;
+    std::int32_t g = gain_Q12;
+    for (std::int32_t& each : gains)
+        each = g = ((29491 * g) >> 15) + target;
+    gain_Q12 = static_cast<Word>(g);
+    for (std::size_t n = 0; n < kSubframe; ++n)
+        samples[n] = static_cast<Word>(std::clamp((gains[n] * samples[n]) >> 12, -32768, 32767));
+}
+
 } // namespace zsp::g729
 
 namespace zsp::entry {
@@ -150,8 +225,8 @@ ZspStatus zspsLongTermPostFilter_G729A_16s(std::int32_t lag, const std::int16_t*
     if (!src || !dst) return zspStsNullPtrErr;
     if (lag < g729::kLowestLag || lag > g729::kHighestLag) return zspStsCodecRangeErr;
 
-    g729::longTermPostFilterAScalar(static_cast<std::int16_t>(lag), spanOf<183>(src),
-                                    spanOf<40>(dst));
+    g729::longTermPostFilterAAvx2(static_cast<std::int16_t>(lag), spanOf<183>(src),
+                                  spanOf<40>(dst));
     return zspStsNoErr;
 }
 
@@ -178,7 +253,7 @@ ZspStatus zspsGainControl_G729A_16s_I(const std::int16_t* src, std::int16_t* src
 {
     if (!src || !srcDst || !gain) return zspStsNullPtrErr;
 
-    g729::gainControlAScalar(spanOf<40>(src), spanOf<40>(srcDst), *gain);
+    g729::gainControlAFast(spanOf<40>(src), spanOf<40>(srcDst), *gain);
     return zspStsNoErr;
 }
 

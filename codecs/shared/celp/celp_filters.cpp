@@ -2,11 +2,43 @@
 // vectors with a factor each, of which their excitation is made.
 
 #include "codecs/shared/celp/filters.hpp"
+#include "codecs/shared/words.hpp"
+#include "core/avx2.hpp"
 #include "core/entries.hpp"
 
 #include <algorithm>
 
 namespace zsp::celp {
+
+void residualAvx2(In<kTaps> a_Q12, const Word* x, std::span<Word> y) noexcept
+{
+    std::int32_t reach = 0;
+    for (const Word c : a_Q12)
+        reach += std::abs(std::int32_t{c});
+    const Word most = codecs::largest({x - kOrder, kOrder + y.size()});
+    if (std::int64_t{reach} * most >= (1 << 30) - 2048) return residual(a_Q12, x, y);
+
+    const __m256i half = _mm256_set1_epi32(2048);
+    std::size_t n = 0;
+    for (; n + 8 <= y.size(); n += 8) {
+        const Word* now = x + n;
+        __m256i sum = half;
+        for (std::size_t j = 0; j < kTaps; j += 2) {
+            const __m128i newer = avx2::load8(now - j);
+            const __m128i older = j < kOrder ? avx2::load8(now - j - 1) : _mm_setzero_si128();
+            const std::int32_t next = j < kOrder ? a_Q12[j + 1] : 0;
+            const __m256i pairs = _mm256_set_m128i(_mm_unpackhi_epi16(newer, older),
+                                                   _mm_unpacklo_epi16(newer, older));
+            sum = _mm256_add_epi32(
+                sum,
+                _mm256_madd_epi16(pairs, _mm256_set1_epi32(next * 65536 + (a_Q12[j] & 0xffff))));
+        }
+        sum = _mm256_srai_epi32(sum, 12);
+        avx2::store8(
+            &y[n], _mm_packs_epi32(_mm256_castsi256_si128(sum), _mm256_extracti128_si256(sum, 1)));
+    }
+    residual(a_Q12, x + n, y.subspan(n));
+}
 
 void interpolate(In16 src1, Word factor1, int scale1, In16 src2, Word factor2, int scale2,
                  Out16 dst) noexcept

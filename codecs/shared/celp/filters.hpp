@@ -26,6 +26,10 @@ constexpr void residual(In<kTaps> a_Q12, const Word* x, std::span<Word> y) noexc
     }
 }
 
+/// Equal to residual(). As long as no sum of products can leave 31 bits, nothing but the words
+/// saturates.
+void residualAvx2(In<kTaps> a_Q12, const Word* x, std::span<Word> y) noexcept;
+
 /// Syn_filt: y[n] = a[0] x[n] - sum of a[j] y[n-j], shifted left by `shift` + 1 and rounded. x and
 /// y may be one array. True if any operation has saturated.
 constexpr bool synthesisScalar(In<kTaps> a, std::span<const Word> x, Word* y, Out<kOrder> memory,
@@ -60,27 +64,44 @@ inline bool synthesis(In<kTaps> a, std::span<const Word> x, Word* y, Out<kOrder>
     std::array<std::int32_t, kMost> in;
     std::copy(memory.begin(), memory.end(), out.begin());
     std::copy(x.begin(), x.end(), in.begin());
-    std::array<std::uint32_t, kTaps> c;
-    std::int64_t reach = 0;
-    for (std::size_t j = 0; j < kTaps; ++j) {
-        c[j] = static_cast<std::uint32_t>(std::int32_t{a[j]});
+    const std::uint32_t c0 = static_cast<std::uint32_t>(std::int32_t{a[0]});
+    const std::uint32_t c1 = static_cast<std::uint32_t>(std::int32_t{a[1]});
+    std::array<std::uint64_t, kTaps> pairs{}; // a[j], and a[j + 1] above it
+    std::int64_t reach = std::abs(std::int32_t{a[0]});
+    for (std::size_t j = 1; j < kTaps; ++j) {
+        const std::int64_t next = j < kOrder ? a[j + 1] : 0;
+        pairs[j] = static_cast<std::uint64_t>(std::int64_t{a[j]} + next * (std::int64_t{1} << 32));
         reach += std::abs(std::int32_t{a[j]});
     }
+    // Two outputs at a time: one product of 64 bits is that of a word with two coefficients. As
+    // long as the lower sum fits 32 bits, it and what is above it come apart again.
+    for (std::size_t n = 0; n < x.size(); n += 2) {
+        const bool isLast = n + 1 == x.size();
+        const auto fresh = [&](std::size_t i) {
+            const auto sum =
+                static_cast<std::int32_t>(c0 * static_cast<std::uint32_t>(in[i]) + 2048);
+            return static_cast<std::uint64_t>(std::int64_t{sum});
+        };
+        std::uint64_t both = fresh(n) + (isLast ? 0 : fresh(n + 1) << 32);
+        const std::int32_t* past = &out[n];
+        for (std::size_t j = kOrder; j > 0; --j)
+            both -= pairs[j] * static_cast<std::uint64_t>(std::int64_t{past[kOrder - j]});
+        const auto low = static_cast<std::int32_t>(both & 0xffffffff);
+        out[kOrder + n] = low >> 12;
+        if (isLast) break;
+        const auto above = static_cast<std::uint32_t>(
+            (both - static_cast<std::uint64_t>(std::int64_t{low})) >> 32);
+        out[kOrder + n + 1] =
+            static_cast<std::int32_t>(above - c1 * static_cast<std::uint32_t>(low >> 12)) >> 12;
+    }
     std::int32_t low = 0, high = 0;
-    for (std::size_t n = 0; n < kOrder; ++n) {
+    for (std::size_t n = 0; n < kOrder + x.size(); ++n) {
         low = std::min(low, out[n]);
         high = std::max(high, out[n]);
     }
     for (std::size_t n = 0; n < x.size(); ++n) {
-        const std::int32_t* p = &out[n];
-        std::uint32_t s = c[0] * static_cast<std::uint32_t>(in[n]) + 2048;
-        for (std::size_t j = kOrder; j > 1; --j)
-            s -= c[j] * static_cast<std::uint32_t>(p[kOrder - j]);
-        s -= c[1] * static_cast<std::uint32_t>(p[kOrder - 1]);
-        const std::int32_t v = static_cast<std::int32_t>(s) >> 12;
-        out[kOrder + n] = v;
-        low = std::min({low, v, in[n]});
-        high = std::max({high, v, in[n]});
+        low = std::min(low, in[n]);
+        high = std::max(high, in[n]);
     }
     if (low <= fx::kMin16 || high >= fx::kMax16 ||
         reach * std::max(-low, high) >= (std::int64_t{1} << 30) - 4096)

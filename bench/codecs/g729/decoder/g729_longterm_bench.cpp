@@ -23,5 +23,6 @@ void voiced(benchmark::State& state)
 }
 
 BENCHMARK(voiced<longTermPostFilterScalar>)->Name("g729LongTermPostFilter/definition");
+BENCHMARK(voiced<longTermPostFilterAvx2>)->Name("g729LongTermPostFilter/avx2");
 
 } // namespace

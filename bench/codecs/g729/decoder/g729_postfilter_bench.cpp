@@ -41,6 +41,8 @@ void gain(benchmark::State& state)
 
 BENCHMARK(shortTerm)->Name("g729ShortTermPostFilter/fast");
 BENCHMARK(tilt<tiltCompensationScalar>)->Name("g729TiltCompensation/definition");
+BENCHMARK(tilt<tiltCompensationFast>)->Name("g729TiltCompensation/fast");
 BENCHMARK(gain<gainControlScalar>)->Name("g729GainControl/definition");
+BENCHMARK(gain<gainControlFast>)->Name("g729GainControl/fast");
 
 } // namespace

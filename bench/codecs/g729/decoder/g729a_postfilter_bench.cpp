@@ -37,7 +37,9 @@ void gain(benchmark::State& state)
 }
 
 BENCHMARK(longTerm<longTermPostFilterAScalar>)->Name("g729aLongTermPostFilter/definition");
+BENCHMARK(longTerm<longTermPostFilterAAvx2>)->Name("g729aLongTermPostFilter/avx2");
 BENCHMARK(tilt)->Name("g729aTiltCompensation/definition");
 BENCHMARK(gain<gainControlAScalar>)->Name("g729aGainControl/definition");
+BENCHMARK(gain<gainControlAFast>)->Name("g729aGainControl/fast");
 
 } // namespace

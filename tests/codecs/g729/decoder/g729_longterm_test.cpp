@@ -44,6 +44,35 @@ TEST(G729LongTerm, FindsAFractionalPeriodAndKeepsIt)
     }
 }
 
+/// Any words, and pulse trains with noise, for which the search goes all the way.
+TEST(G729LongTerm, FastFormEqualsItsDefinition)
+{
+    Samples samples(7291);
+    int filtered = 0;
+    for (int round = 0; round < 6000; ++round) {
+        Words x = anyWords(samples, 192, round);
+        const auto lag = static_cast<std::int16_t>(samples.uniform(18, 144));
+        if (round % 3 != 0) {
+            const auto height = static_cast<std::int16_t>(samples.uniform(1, 32767));
+            for (auto& v : x)
+                v = static_cast<std::int16_t>(v >> (round % 7));
+            for (int i = static_cast<int>(samples.uniform(0, 20)); i < 192;
+                 i += lag + static_cast<int>(samples.uniform(-1, 1)))
+                x[static_cast<std::size_t>(i)] = round % 2 ? height : -height;
+        }
+        Words want(40), got(40);
+        const auto delay = zsp::g729::longTermPostFilterScalar(lag, spanOf<192>(x.data()),
+                                                               spanOf<40>(want.data()));
+        ASSERT_EQ(
+            zsp::g729::longTermPostFilterAvx2(lag, spanOf<192>(x.data()), spanOf<40>(got.data())),
+            delay)
+            << "round " << round;
+        ASSERT_EQ(got, want) << "round " << round;
+        filtered += delay != 0;
+    }
+    EXPECT_GT(filtered, 1000);
+}
+
 TEST(G729LongTerm, LeavesSilenceAndNoiseAlone)
 {
     Samples samples(733);

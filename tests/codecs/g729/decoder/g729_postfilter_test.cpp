@@ -8,6 +8,7 @@ namespace {
 
 using namespace zsp::test;
 using namespace zsp::test::g729;
+using zsp::spanOf;
 
 const bool registered = addContracts({
     Contract(ZSP_NAMED(zspsShortTermPostFilter_G729_16s),
@@ -56,6 +57,26 @@ TEST(G729PostFilter, ALowPassIsMadeSmallerAndItsTiltFound)
     Words tilted(40);
     ASSERT_EQ(zspsTiltCompensation_G729_16s(reflection, dst.data(), tilted.data()), 0);
     EXPECT_NEAR(tilted[39], 1000, 25);
+}
+
+TEST(G729PostFilter, FastFormsEqualTheirDefinitions)
+{
+    Samples samples(7292);
+    for (int round = 0; round < 4000; ++round) {
+        const Words src = anyWords(samples, 41, round), before = anyWords(samples, 40, round / 5);
+        const std::int16_t reflection = samples.words(1)[0];
+        Words want(40), got(40);
+        zsp::g729::tiltCompensationScalar(reflection, spanOf<41>(src.data()),
+                                          spanOf<40>(want.data()));
+        zsp::g729::tiltCompensationFast(reflection, spanOf<41>(src.data()), spanOf<40>(got.data()));
+        ASSERT_EQ(got, want) << "tilt, round " << round;
+        want = got = anyWords(samples, 40, round);
+        std::int16_t gain = samples.words(1)[0], same = gain;
+        zsp::g729::gainControlScalar(spanOf<40>(before.data()), spanOf<40>(want.data()), gain);
+        zsp::g729::gainControlFast(spanOf<40>(before.data()), spanOf<40>(got.data()), same);
+        ASSERT_EQ(got, want) << "gain, round " << round;
+        ASSERT_EQ(same, gain);
+    }
 }
 
 TEST(G729PostFilter, TheGainFollowsSlowlyAndSilenceResetsIt)

@@ -40,6 +40,31 @@ TEST(G729APostFilter, AddsThePeriodBefore)
     }
 }
 
+TEST(G729APostFilter, FastFormsEqualTheirDefinitions)
+{
+    Samples samples(7293);
+    for (int round = 0; round < 6000; ++round) {
+        Words x = anyWords(samples, 183, round);
+        const auto lag = static_cast<std::int16_t>(samples.uniform(18, 144));
+        if (round % 3 == 0) // periods, also about where sums begin to saturate
+            for (std::size_t i = static_cast<std::size_t>(lag); i < 183; ++i)
+                x[i] = static_cast<std::int16_t>(
+                    std::clamp<int>(x[i - static_cast<std::size_t>(lag)], -20726, 20726));
+        Words want(40), got(40);
+        zsp::g729::longTermPostFilterAScalar(lag, spanOf<183>(x.data()), spanOf<40>(want.data()));
+        zsp::g729::longTermPostFilterAAvx2(lag, spanOf<183>(x.data()), spanOf<40>(got.data()));
+        ASSERT_EQ(got, want) << "lag " << lag << ", round " << round;
+
+        const Words before = anyWords(samples, 40, round / 5);
+        want = got = anyWords(samples, 40, round);
+        std::int16_t gain = samples.words(1)[0], same = gain;
+        zsp::g729::gainControlAScalar(spanOf<40>(before.data()), spanOf<40>(want.data()), gain);
+        zsp::g729::gainControlAFast(spanOf<40>(before.data()), spanOf<40>(got.data()), same);
+        ASSERT_EQ(got, want) << "gain, round " << round;
+        ASSERT_EQ(same, gain);
+    }
+}
+
 TEST(G729APostFilter, LeavesAloneWhatIsNotPeriodic)
 {
     Words x(183), dst(40);

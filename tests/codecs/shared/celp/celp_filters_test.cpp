@@ -64,6 +64,26 @@ TEST(CelpFilters, FastSynthesisEqualsDefinition)
     EXPECT_LT(overflows, 19000);
 }
 
+/// Of any loudness and steepness, and every length up to some vectors.
+TEST(CelpFilters, FastResidualEqualsDefinition)
+{
+    Samples samples(91);
+    for (int round = 0; round < 20000; ++round) {
+        const auto words = [&](std::size_t n, int shift) {
+            Words x(n);
+            for (auto& v : x)
+                v = static_cast<std::int16_t>(samples.uniform(-32768, 32767) >> shift);
+            return x;
+        };
+        const std::size_t n = 1 + static_cast<std::size_t>(round) % 41;
+        const Words a = words(11, round / 16 % 16), x = words(10 + n, round % 16);
+        Words want(n), got(n);
+        zsp::celp::residual(zsp::spanOf<11>(a.data()), &x[9] + 1, want);
+        zsp::celp::residualAvx2(zsp::spanOf<11>(a.data()), &x[9] + 1, got);
+        expectEqual(got, want, "round " + std::to_string(round));
+    }
+}
+
 TEST(CelpFilters, SynthesisUndoesTheResidual)
 {
     const Words a = {4096, -6000, 3000, 200, -100, 50, 0, 0, 10, -20, 30};
