@@ -180,10 +180,12 @@ FixedCode fixedSearchAScalar(In<kSubframe> correlation, In<kMatrix> matrix) noex
 void filterPulses(const FixedCode& code, In<kSubframe> response, Out<kSubframe> dst) noexcept
 {
     std::ranges::fill(dst, Word{0});
-    for (const auto& [at, positive] : pulsesOf(code.positions, code.signs))
-        for (std::size_t n = at; n < kSubframe; ++n)
-            dst[n] =
-                positive ? fx::add(dst[n], response[n - at]) : fx::sub(dst[n], response[n - at]);
+    for (const auto& [at, positive] : pulsesOf(code.positions, code.signs)) {
+        const auto tail = dst.subspan(at);
+        const std::int32_t sign = positive ? 1 : -1;
+        for (std::size_t n = 0; n < tail.size(); ++n)
+            tail[n] = static_cast<Word>(std::clamp(tail[n] + sign * response[n], -32768, 32767));
+    }
 }
 
 } // namespace zsp::g729

@@ -168,9 +168,12 @@ int quantiseGains(const GainSums& g, bool isTamed, In<kSubframe> code, Out<4> pa
                 bestB = b;
             }
         }
-    const int index = kGainCode1[bestA] * 16 + kGainCode2[bestB];
-    gains = decodeGains(index, code, past);
-    return index;
+    gains.pitch_Q14 = fx::add(kGainBook1[bestA].pitch_Q14, kGainBook2[bestB].pitch_Q14);
+    const Long correction_Q13 = kGainBook1[bestA].code_Q13 + kGainBook2[bestB].code_Q13;
+    const Long product = fx::l_mult(fx::extract_l(correction_Q13 >> 1), predicted.mantissa);
+    gains.code_Q1 = fx::extract_h(fx::l_shl(product, 4 - q));
+    updateGainMemory(correction_Q13, past);
+    return kGainCode1[bestA] * 16 + kGainCode2[bestB];
 }
 
 } // namespace zsp::g729

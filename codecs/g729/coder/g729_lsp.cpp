@@ -63,7 +63,7 @@ Word valueAt(Word x, const std::array<Word, 6>& f, const Polynomials& p) noexcep
 
 /// valueAt() with products of 31 bits in one piece. Where a sum leaves 31 bits, which nothing but
 /// strange filters makes it do, the definition decides.
-Word fastValueAt(Word x, const std::array<Word, 6>& f, const Polynomials& p) noexcept
+inline Word fastValueAt(Word x, const std::array<Word, 6>& f, const Polynomials& p) noexcept
 {
     std::uint64_t wide = 0;
     const auto looked = [&wide](std::int64_t v) {

@@ -173,14 +173,18 @@ void slide(const Word* x, const Word* from, std::size_t count, Long* sums) noexc
     }
 }
 
-/// The energy of a whole is not smaller than any sum of products of its parts, nor a part of that
-/// sum: when it fits 31 bits nothing saturates.
-bool isQuiet(const std::array<Word, kOpenLoop>& speech) noexcept
+/// By Cauchy and Schwarz no sum of products of samples, nor a part of that sum, is larger than the
+/// energy that both kinds have in common as a bound: all samples, or where every second one is
+/// taken, those at even and those at odd places. When that fits 31 bits nothing saturates.
+bool isQuiet(const std::array<Word, kOpenLoop>& speech, std::size_t step) noexcept
 {
-    std::int64_t energy = 0;
-    for (const Word x : speech)
-        energy += std::int64_t{x} * x;
-    return energy < 1 << 30;
+    std::int64_t even = 0, odd = 0;
+    for (std::size_t i = 0; i + 1 < speech.size(); i += 2) {
+        even += std::int32_t{speech[i]} * speech[i];
+        odd += std::int32_t{speech[i + 1]} * speech[i + 1];
+    }
+    even += std::int32_t{speech.back()} * speech.back();
+    return (step == 1 ? even + odd : std::max(even, odd)) < 1 << 30;
 }
 
 /// All samples and lags.
@@ -254,14 +258,14 @@ int openLoopLagAvx2(OpenLoopSpeech speech) noexcept
 {
     std::array<Word, kOpenLoop> scaled;
     scale(speech, 1, scaled);
-    return isQuiet(scaled) ? searchMain(FastMain(scaled)) : openLoopLagScalar(speech);
+    return isQuiet(scaled, 1) ? searchMain(FastMain(scaled)) : openLoopLagScalar(speech);
 }
 
 int openLoopLagAAvx2(OpenLoopSpeech speech) noexcept
 {
     std::array<Word, kOpenLoop> scaled;
     scale(speech, 2, scaled);
-    return isQuiet(scaled) ? searchA(FastA(scaled)) : openLoopLagAScalar(speech);
+    return isQuiet(scaled, 2) ? searchA(FastA(scaled)) : openLoopLagAScalar(speech);
 }
 
 } // namespace zsp::g729
