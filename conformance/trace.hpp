@@ -44,8 +44,8 @@ class Trace {
 
     [[nodiscard]] const std::map<std::int32_t, Results>& frames() const { return frames_; }
 
-    /// Faults where a block of this frame has given something else, oftener or more seldom. Names
-    /// in `inner` are results that no block hands out.
+    /// Faults where a block of this frame has given something else, or not as often as the trace
+    /// says. Names in `inner` are results that no block hands out.
     void requireFrame(std::int32_t number, const Results& got,
                       const std::set<std::string>& inner) const;
 

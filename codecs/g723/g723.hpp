@@ -1,6 +1,6 @@
 // The speech coder of ITU-T G.723.1 at 6.3 and 5.3 kbit/s, with the silence compression of Annex A,
-// block by block. Names ending in Avx2 or Fast equal the definitions, which end in Scalar, in every
-// result; what has no second form has no ending.
+// block by block. A name that ends in Scalar is a definition, its Avx2 or Fast form gives the same
+// in every result. A function without such an ending has one form.
 #pragma once
 
 #include "codecs/g723/g723_arithmetic.hpp"
@@ -23,10 +23,10 @@ constexpr bool usesSmallBook(std::int32_t type, Word pairLag) noexcept
 /// Whether an adaptive gain index, a lag and its offset can be used together.
 bool adaptiveFits(const ZspG723Frame& f, std::size_t subframe) noexcept;
 
-/// The same of all that a fixed vector is made from.
+/// Whether all fields that make a fixed vector are in their ranges.
 bool fixedFits(const ZspG723Frame& f, std::size_t i) noexcept;
 
-/// Whether what a frame of its type says is what bits can say.
+/// Whether every field of the frame fits the bits that its type has for it.
 bool framePacks(const ZspG723Frame& f) noexcept;
 
 /// Octets of a frame of a type.
@@ -93,13 +93,13 @@ void updateRingingFast(In<kOrder> lpc_Q13, In<20> weighting, In<kSubframe> excit
 
 // Searches of the encoder
 
-/// From 145 and 240 weighted samples: the same normalised, and a lag per half.
-/// The lag of a half, 145 words before it; fast or by definition.
+/// The lag of half a frame; `x` has 145 words before it. Fast, or by definition.
 Word openLoopLagOf(const Word* x, bool fast) noexcept;
+/// Normalises 145 past and 240 new weighted samples and finds the lag of each half.
 void openLoopSearch(In<kPast + kFrame> weighted, Out<kPast + kFrame> normalised,
                     Out<2> lags) noexcept;
 
-/// Chooses offset and gain of a sub-frame, and of even ones their pair's lag.
+/// Chooses the lag offset and the gain of a sub-frame; in even ones also the lag of the pair.
 void adaptiveSearch(In<kSubframe> target, In<kSubframe> response, In<kPast> past,
                     std::span<const Long, 5> errors, bool sine, std::size_t subframe,
                     ZspG723Frame& f) noexcept;
@@ -159,9 +159,9 @@ void synthesisFilterScalar(In<kOrder> lpc_Q13, In<kSubframe> src, Out<kSubframe>
 /// Words that the formant post-filter keeps: last inputs, last outputs before the tilt, the tilt.
 inline constexpr std::size_t kPostFilterMemory = 21;
 
-/// The energy of the input, for the gain control.
 void synthesisFilterFast(In<kOrder> lpc_Q13, In<kSubframe> src, Out<kSubframe> dst,
                          Out<kOrder> memory) noexcept;
+/// Returns the energy of the input, which the gain control takes.
 Long formantPostFilterFast(In<kOrder> lpc_Q13, In<kSubframe> src, Out<kSubframe> dst,
                            Out<kPostFilterMemory> memory) noexcept;
 void gainControlFast(Out<kSubframe> samples, Long wanted, Word& gain) noexcept;
@@ -178,7 +178,7 @@ void encodeSid(bool afterSpeech, bool noiseHolds, In<kOrder> previous, Out<kOrde
 
 Word sidGain(int index) noexcept;
 int sidGainIndex(Long energy) noexcept;
-/// The index for `count` frames' energies and their shifts; count 0: for one of a decoder's.
+/// The gain index of `count` frames' energies and shifts; count 0 means one of a decoder's.
 int sidGainQuant(const Word* energies, const Word* shifts, std::size_t count) noexcept;
 
 void comfortNoise(Word gain, Word& seed, Out<kPast> past, ZspG723Frame& f,

@@ -61,7 +61,7 @@ constexpr Word random(Word& seed) noexcept
     return seed;
 }
 
-/// The same of longs.
+/// The largest absolute value of longs, saturated.
 constexpr Long largest(std::span<const Long> x) noexcept
 {
     Long most = 0;

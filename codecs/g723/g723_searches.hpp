@@ -43,11 +43,11 @@ void sharpen(Out<kSubframe> x, const Sharpening& s) noexcept;
 
 inline constexpr std::size_t kLagCandidates = 4;
 
-/// For each candidate: the target with the five taps' filtered vectors, their energies, and they
-/// with each other.
+/// For each candidate: correlations of the target with the five taps' filtered vectors, the
+/// energies of these, and correlations among them.
 using AdaptiveCorrelations = std::array<Word, kLagCandidates * kGainWords>;
 
-/// Of `count` lags from the first on; how many words.
+/// The correlations of `count` lags from `firstLag` on; returns how many words these are.
 std::size_t adaptiveCorrelationsScalar(In<kSubframe> target, In<kSubframe> response, In<kPast> past,
                                        int firstLag, std::size_t count,
                                        AdaptiveCorrelations& words) noexcept;

@@ -90,7 +90,7 @@ void sharpen(Out<kSubframe> x, const Sharpening& s) noexcept
 
 namespace {
 
-/// Pulses at 6.3 kbit/s, whose positions are counted as combinations. False for a code beyond all.
+/// Pulses at 6.3 kbit/s, whose positions are numbered as combinations. False for no such number.
 bool placePulses(const ZspG723Frame& f, std::size_t subframe, Word gain,
                  Out<kSubframe> dst) noexcept
 {

@@ -172,7 +172,7 @@ namespace {
 
 using g723::Harmonic;
 
-/// What lies a harmonic's lag back must be there.
+/// The caller has 145 samples before the sub-frame, as far back as a lag may point.
 bool harmonicFits(std::int16_t lag) noexcept
 {
     return lag >= 1 && lag <= 145;
