@@ -2,14 +2,14 @@
 // order of processing.
 #pragma once
 
+#include "conformance/trace.hpp"
 #include "tests/support/vectors.hpp"
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <cstdlib>
-#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace zsp::test {
@@ -19,10 +19,8 @@ using Words = std::vector<std::int16_t>;
 /// The results of one frame; a name stands once, or once for each sub-frame.
 class TracedFrame {
   public:
-    void put(const std::string& name, std::vector<std::int64_t> values)
-    {
-        results_[name].push_back(std::move(values));
-    }
+    explicit TracedFrame(conformance::Results results) : results_(std::move(results)) {}
+
     bool has(const std::string& name) const { return results_.contains(name); }
 
     Words words(const std::string& name, std::size_t which = 0) const
@@ -32,7 +30,7 @@ class TracedFrame {
     }
     std::int32_t value(const std::string& name, std::size_t which = 0) const
     {
-        return static_cast<std::int32_t>(find(name, which).at(0));
+        return find(name, which).at(0);
     }
     std::int16_t word(const std::string& name, std::size_t which = 0) const
     {
@@ -40,40 +38,36 @@ class TracedFrame {
     }
     std::vector<std::int32_t> longs(const std::string& name, std::size_t which = 0) const
     {
-        const auto& values = find(name, which);
-        return {values.begin(), values.end()};
+        return find(name, which);
     }
 
   private:
-    const std::vector<std::int64_t>& find(const std::string& name, std::size_t which) const
+    const std::vector<std::int32_t>& find(const std::string& name, std::size_t which) const
     {
-        static const std::vector<std::int64_t> nothing(640);
+        static const std::vector<std::int32_t> nothing(640);
         const auto found = results_.find(name);
         const bool there = found != results_.end() && which < found->second.size();
         EXPECT_TRUE(there) << name << " " << which << " is not in the trace";
         return there ? found->second[which] : nothing;
     }
 
-    std::map<std::string, std::vector<std::vector<std::int64_t>>> results_;
+    conformance::Results results_;
 };
 
-/// The frames of a file that begin with the line `wanted`; isStart(name) tells where any begins.
-template <typename IsStart>
-std::vector<TracedFrame> readTrace(const std::string& path, const std::string& wanted,
-                                   IsStart isStart)
+/// The frames of a file as conformance::Trace reads them, each with its opening line.
+inline std::vector<TracedFrame> readTrace(const std::string& path, const std::string& opening,
+                                          const std::string& closing = {})
 {
     std::vector<TracedFrame> frames;
-    bool isWanted = false;
-    for (const auto& line : readRuns(path)) {
-        if (isStart(line[0])) {
-            isWanted = line[0] == wanted;
-            if (isWanted) frames.emplace_back();
+    try {
+        const conformance::Trace trace(conformance::Vectors(vectorPath("")), path, opening,
+                                       closing);
+        for (auto [number, results] : trace.frames()) {
+            results[opening] = {{number}};
+            frames.emplace_back(std::move(results));
         }
-        if (!isWanted) continue;
-        std::vector<std::int64_t> values;
-        for (std::size_t i = 2; i < line.size(); ++i)
-            values.push_back(std::strtoll(line[i].c_str(), nullptr, 10));
-        frames.back().put(line[0], std::move(values));
+    } catch (const conformance::Fault& fault) {
+        ADD_FAILURE() << fault.what();
     }
     EXPECT_GE(frames.size(), 4u) << path;
     return frames;

@@ -7,11 +7,6 @@ namespace {
 using namespace zsp::test;
 using namespace zsp::test::g723;
 
-Argument words(std::size_t count)
-{
-    return in<std::int16_t>(count);
-}
-
 const bool registered = addContracts({
     Contract(ZSP_NAMED(zspsACELPCorrelations_G723_16s),
              {frameArgument(zspG723Rate53), number(0), words(60), out<std::int16_t>(60),

@@ -9,11 +9,6 @@ namespace {
 using namespace zsp::test;
 using namespace zsp::test::g723;
 
-Argument words(std::size_t count)
-{
-    return in<std::int16_t>(count);
-}
-
 const bool registered = addContracts({
     Contract(ZSP_NAMED(zspsAdaptiveCodebookSearch_G723_16s),
              {words(60), words(60), words(145), in<std::int32_t>(5), number(0), number(1),

@@ -7,11 +7,6 @@ namespace {
 using namespace zsp::test;
 using namespace zsp::test::g723;
 
-Argument words(std::size_t count)
-{
-    return in<std::int16_t>(count);
-}
-
 const Argument kVad = state(sizeof(ZspG723VadState), [](void* s) {
     ZspG723VadState fresh;
     zspsVADInit_G723(&fresh);

@@ -7,11 +7,6 @@ namespace {
 using namespace zsp::test;
 using namespace zsp::test::g723;
 
-Argument words(std::size_t count)
-{
-    return in<std::int16_t>(count);
-}
-
 const bool registered = addContracts({
     Contract(ZSP_NAMED(zspsLPCToLSP_G723_16s), {words(10), words(10), out<std::int16_t>(10)}),
     Contract(ZSP_NAMED(zspsLSPQuant_G723_16s32s), {words(10), words(10), out<std::int32_t>(1)}),

@@ -7,11 +7,6 @@ namespace {
 using namespace zsp::test;
 using namespace zsp::test::g723;
 
-Argument words(std::size_t count)
-{
-    return in<std::int16_t>(count);
-}
-
 const bool registered = addContracts({
     Contract(ZSP_NAMED(zspsSynthesisFilter_G723_16s),
              {words(10), words(60), out<std::int16_t>(60), out<std::int16_t>(10)}),

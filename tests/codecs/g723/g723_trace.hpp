@@ -22,7 +22,7 @@ inline const std::vector<std::string> kModes = {"63", "53", "63dtx"};
 inline std::vector<TracedFrame> traced(const std::string& mode, const std::string& side)
 {
     return readTrace("g723/trace." + mode + ".txt", side + "_frame",
-                     [](const std::string& name) { return name.ends_with("_frame"); });
+                     side == "encode" ? "decode_frame" : "encode_frame");
 }
 
 /// Calls test(frame, what) for every frame of every mode.
@@ -34,6 +34,12 @@ void forEachFrame(const std::string& side, Test test)
         for (std::size_t n = 0; n < frames.size(); ++n)
             test(frames[n], mode + ", frame " + std::to_string(n));
     }
+}
+
+/// An argument of so many words.
+inline Argument words(std::size_t count)
+{
+    return in<std::int16_t>(count);
 }
 
 /// The fields of an active frame that an encoder has made.

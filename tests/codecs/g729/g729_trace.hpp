@@ -14,8 +14,7 @@ namespace zsp::test::g729 {
 /// The frames of "encode.main" and the like.
 inline std::vector<TracedFrame> traced(const std::string& name)
 {
-    return readTrace("g729codec/" + name + ".trace.txt", "frame",
-                     [](const std::string& line) { return line == "frame"; });
+    return readTrace("g729codec/" + name + ".trace.txt", "frame");
 }
 
 /// Calls test(frame, isMain, what) for every frame of both encoders.
