@@ -18,8 +18,8 @@
  * | G.723.1 | all blocks of encoder and decoder | plain arrays and public records |
  * | G.726 | encoder and decoder at four rates | 88 and 92 bytes |
  * | G.728 | all blocks of coder, post-filter and concealment | memories of the caller's; 76 bytes |
- * | linear prediction | filters that coders share | none |
- * | G.729 | high-pass filter; linear prediction, LSP | 24 bytes; none |
+ * | linear prediction | filters and sums that coders share | none |
+ * | G.729 | all blocks of encoder and decoder, Annexes A and B | plain arrays; public records |
  * | GSM full rate | the blocks of the coder | the caller's arrays, cleared at the start |
  * | GSM-AMR | two activity detectors, DTX bookkeeping | public records, set up by the caller |
  * | AMR-WB | activity detector; spectral frequencies | a public record; none |
