@@ -35,7 +35,8 @@ typedef struct ZspvParams {
     int32_t maxRed;               /**< AMR, AMR-WB: ms of redundancy; 0 no limit, -1 none */
     int32_t channels;             /**< AMR, AMR-WB: 0 means 1 */
     int32_t noHighPass;           /**< G.723.1: nonzero: the encoder leaves its input filter out */
-    int32_t noPostFilter;         /**< G.723.1, G.728: nonzero: no post-filters in the decoder */
+    int32_t noPostFilter; /**< G.723.1, G.728, G.729: nonzero: no post-filters in the decoder */
+    int32_t annexA;       /**< G.729: nonzero: as Annex A has it, which takes less time */
 } ZspvParams;
 
 /**

@@ -89,7 +89,7 @@ TEST_F(HostG728, DamagedFilesAreRefused)
     EXPECT_NE(zsp("decode in.g728 out.wav").status, 0);
     put("in.g722", Bytes(100, 1));
     EXPECT_NE(zsp("decode --postfilter off in.g722 out.wav")
-                  .text.find("is for G.723.1 and G.728, not for G722"),
+                  .text.find("is for G.723.1, G.728 and G.729, not for G722"),
               std::string::npos);
 }
 

@@ -3,7 +3,7 @@
 #include "tools/zsp/codec/choice.hpp"
 
 #include "tools/zsp/cli/values.hpp"
-#include "tools/zsp/codec/g728_container.hpp"
+#include "tools/zsp/codec/frame_container.hpp"
 #include "tools/zsp/io/audio_format.hpp"
 
 #include <algorithm>
@@ -44,15 +44,17 @@ std::vector<const ZspvCodec*> allCodecs()
 
 std::vector<const ZspvCodec*> codecsNamed(const std::string& name)
 {
-    return selected([&name](const ZspvCodec& codec) {
-        return lowerCase(name) == lowerCase(codec.family) ||
-               lowerCase(name) == lowerCase(codec.rtpName);
+    const std::string wanted = lowerCase(name) == "g729a" ? "g729" : lowerCase(name);
+    return selected([&wanted](const ZspvCodec& codec) {
+        return wanted == lowerCase(codec.family) || wanted == lowerCase(codec.rtpName);
     });
 }
 
 std::vector<const ZspvCodec*> codecsByExtension(const std::string& path)
 {
-    const std::string extension = hasG728ContainerName(path) ? ".g728" : lowerExtension(path);
+    const ContainerKind* container = containerByName(path);
+    const std::string extension =
+        container ? "." + std::string(container->family) : lowerExtension(path);
     return selected([&extension](const ZspvCodec& codec) {
         return extension == "." + std::string(codec.fileExtension);
     });

@@ -17,12 +17,14 @@ struct CodecSetting {
     bool dtx = false;
     bool highPass = true;
     bool postFilter = true;
+    bool annexA = false;    // of G.729, instead of its main body
+    bool contained = false; // an encoder puts a frame's length before it
 };
 
 /// All rows, in the library's order.
 std::vector<const ZspvCodec*> allCodecs();
 
-/// Rows of a family ("g726") or with an RTP name ("G726-24"), letter case aside.
+/// Rows of a family ("g726") or with an RTP name ("G726-24"), letter case aside; "g729a" is G.729.
 std::vector<const ZspvCodec*> codecsNamed(const std::string& name);
 /// Rows whose raw files have the extension of this path.
 std::vector<const ZspvCodec*> codecsByExtension(const std::string& path);

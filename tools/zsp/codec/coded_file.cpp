@@ -2,7 +2,7 @@
 
 #include "tools/zsp/codec/coded_file.hpp"
 
-#include "tools/zsp/codec/g728_container.hpp"
+#include "tools/zsp/codec/frame_container.hpp"
 #include "tools/zsp/codec/gsm_pairs.hpp"
 #include "tools/zsp/io/audio_format.hpp"
 #include "tools/zsp/io/failure.hpp"
@@ -92,6 +92,13 @@ std::vector<const ZspvCodec*> rowsFor(const CodecWish& wish, const std::string& 
                      "; name one with --codec: " + familyNames());
 }
 
+/// What the name says beside the codec: g729a is Annex A of G.729, g729 and none the main body.
+CodecSetting wished(const CodecWish& wish, CodecSetting setting)
+{
+    setting.annexA = lowerCase(wish.name) == "g729a";
+    return setting;
+}
+
 } // namespace
 
 CodecSetting codecToWrite(const CodecWish& wish, const std::string& path)
@@ -102,7 +109,7 @@ CodecSetting codecToWrite(const CodecWish& wish, const std::string& path)
         throw UsageError(path + ": " + lowerExtension(path) +
                          " is for audio files; coded speech has no header, ." +
                          rows[0]->fileExtension + " is its extension");
-    return withRate(rows, wish.bitRate);
+    return wished(wish, withRate(rows, wish.bitRate));
 }
 
 CodedInput::CodedInput(const std::string& path, const CodecWish& wish)
@@ -123,7 +130,7 @@ CodecSetting CodedInput::fromHeader(const CodecWish& wish)
         kind == kCodedKinds.end() ? nullptr : zspvCodecByName(kind->rtpName, 0);
     if (!codec) {
         refuseOthers();
-        return withRate(rowsFor(wish, path()), wish.bitRate);
+        return wished(wish, withRate(rowsFor(wish, path()), wish.bitRate));
     }
     if (header->channels != 1)
         throw Failure(path(), "has " + std::to_string(header->channels) + " channels, not one");
@@ -150,7 +157,7 @@ void CodedInput::refuseOthers()
     const auto head = file_.peek(256);
     const std::string_view bytes(reinterpret_cast<const char*>(head.data()), head.size());
     for (const Magic& other : kOthers)
-        if (bytes.starts_with(other.bytes) && !hasG728ContainerName(path()))
+        if (bytes.starts_with(other.bytes) && !containerByName(path()))
             throw Failure(path(), std::string("is ") + other.name + ", not coded speech");
     if (isText(head)) throw Failure(path(), "is text, not coded speech");
 }

@@ -26,6 +26,7 @@ ZspvParams paramsOf(const CodecSetting& setting)
     params.dtx = setting.dtx;
     params.noHighPass = setting.highPass ? 0 : 1;
     params.noPostFilter = setting.postFilter ? 0 : 1;
+    params.annexA = setting.annexA ? 1 : 0;
     return params;
 }
 
@@ -111,6 +112,9 @@ void SpeechEncoder::encodeBlock(std::span<const std::int16_t> samples,
                        &length, nullptr),
             "zspvEncode");
     bytes.resize(start + toSize(length));
+    if (setting_.contained)
+        bytes.insert(bytes.begin() + static_cast<std::ptrdiff_t>(start),
+                     static_cast<std::uint8_t>(length));
     if (length == 0 && isG723(codec)) bytes.push_back(kUntransmitted);
 }
 
@@ -175,19 +179,31 @@ void SpeechDecoder::decodeBlock(std::span<const std::uint8_t> bytes,
     samples.resize(start + toSize(count));
 }
 
-void SpeechDecoder::conceal(std::vector<std::int16_t>& samples)
+void SpeechDecoder::decodeFrame(std::span<const std::uint8_t> bytes,
+                                std::vector<std::int16_t>& samples)
+{
+    decodeBlock(bytes, samples);
+}
+
+void SpeechDecoder::conceal(ZspvFrameKind kind, std::vector<std::int16_t>& samples)
 {
     const std::size_t start = samples.size();
     samples.resize(start + toSize(setting_.codec->frameSamples));
     std::int32_t count = 0;
-    require(
-        zspvConceal(decoder_.get(), samples.data() + start, setting_.codec->frameSamples, &count),
-        "zspvConceal");
+    require(zspvDecode(decoder_.get(), kind, nullptr, 0, samples.data() + start,
+                       setting_.codec->frameSamples, &count),
+            "zspvDecode");
 }
 
 std::size_t SpeechDecoder::finish(std::vector<std::int16_t>& samples)
 {
     const int bits = g726Bits(setting_);
+    constexpr std::size_t kSilenceDescriptor = 2;
+    if (pending_.size() == kSilenceDescriptor && (setting_.codec->flags & zspvCodecSid) != 0 &&
+        !isG723(*setting_.codec)) {
+        decodeBlock(pending_, samples);
+        pending_.clear();
+    }
     if (bits == 0 || pending_.empty()) return pending_.size();
     std::vector<std::uint8_t> words;
     Unpacker(highBitsFirst(*setting_.codec) ? Packing::aal2 : Packing::rfc3551, bits)

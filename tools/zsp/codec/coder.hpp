@@ -46,10 +46,14 @@ class SpeechDecoder {
     /// Appends the samples of the frames that are complete. Throws a Failure at bytes that are no
     /// frame of the codec.
     void decode(std::span<const std::uint8_t> bytes, std::vector<std::int16_t>& samples);
-    /// Appends what stands in for a lost frame.
-    void conceal(std::vector<std::int16_t>& samples);
-    /// Appends the samples of the last code words of G.726, which need not fill an octet. Returns
-    /// the number of bytes that are no whole frame.
+    /// Appends the samples of one frame.
+    void decodeFrame(std::span<const std::uint8_t> bytes, std::vector<std::int16_t>& samples);
+    /// Appends what stands in for a frame of which nothing is there: zspvFrameLost or
+    /// zspvFrameNoData.
+    void conceal(ZspvFrameKind kind, std::vector<std::int16_t>& samples);
+    /// Appends the samples of the last code words of G.726, which need not fill an octet, and of a
+    /// silence descriptor behind frames of G.729. Returns the number of bytes that are no whole
+    /// frame.
     std::size_t finish(std::vector<std::int16_t>& samples);
 
   private:

@@ -3,8 +3,8 @@
 #include "tools/zsp/cli/values.hpp"
 #include "tools/zsp/codec/coded_file.hpp"
 #include "tools/zsp/codec/coder.hpp"
+#include "tools/zsp/codec/frame_container.hpp"
 #include "tools/zsp/codec/g726_words.hpp"
-#include "tools/zsp/codec/g728_container.hpp"
 #include "tools/zsp/codec/gsm_pairs.hpp"
 #include "tools/zsp/codec/packing.hpp"
 #include "tools/zsp/commands/commands.hpp"
@@ -60,8 +60,9 @@ CodecSetting encoderSetting(const CodingOptions& options, CodecSetting setting)
 /// What a decoder does; throws for an option that the codec does not have.
 CodecSetting decoderSetting(const CodingOptions& options, CodecSetting setting)
 {
-    if (options.postFilter && !isFamily(setting, "g728") && !isFamily(setting, "g7231"))
-        throw UsageError(std::string("--postfilter: is for G.723.1 and G.728, not for ") +
+    if (options.postFilter && !isFamily(setting, "g728") && !isFamily(setting, "g729") &&
+        !isFamily(setting, "g7231"))
+        throw UsageError(std::string("--postfilter: is for G.723.1, G.728 and G.729, not for ") +
                          setting.codec->rtpName);
     setting.postFilter = options.postFilter.value_or(true);
     return setting;
@@ -76,7 +77,9 @@ Packing packingOf(const CodingOptions& options, const CodecSetting& setting)
 void encode(const CodingOptions& options, const Files& files)
 {
     requireDistinct(files.inputs, {&files.output, 1});
-    const CodecSetting setting = encoderSetting(options, codecToWrite(options.wish, files.output));
+    CodecSetting setting = encoderSetting(options, codecToWrite(options.wish, files.output));
+    const ContainerKind* container = containerToWrite(setting, files.output);
+    setting.contained = container != nullptr;
     const int bits = wordBits(options, setting);
     const int rate = setting.codec->sampleRate;
     AudioReader reader(files.inputs[0], options.format, rate);
@@ -86,7 +89,6 @@ void encode(const CodingOptions& options, const Files& files)
     OutputFile output(files.output);
     Progress progress("encode", input.total());
 
-    const bool isContainer = isG728Container(setting, files.output);
     std::optional<GsmPairWriter> pairs;
     if (isGsmPairFile(*setting.codec, files.output)) pairs.emplace(output);
     std::vector<std::int16_t> samples(static_cast<std::size_t>(rate)); // a second
@@ -97,9 +99,9 @@ void encode(const CodingOptions& options, const Files& files)
         bytes.clear();
         encoder.encode(std::span(samples).first(count), bytes);
         if (count < samples.size()) encoder.finish(bytes);
-        const bool isFirst = done == 0;
+        if (container && done == 0)
+            bytes.insert(bytes.begin(), container->beginning.begin(), container->beginning.end());
         progress.update(done += count);
-        if (isContainer) bytes = g728Contained(bytes, isFirst);
         if (pairs) {
             pairs->write(bytes);
             continue;
@@ -134,17 +136,19 @@ class Sink {
           unpacker_(packingOf(options, setting_), bits_), decoder_(setting_)
     {
         if (byWords_) wordDecoder_.emplace(bits_, law_);
-        if (isG728Container(setting_, input.path())) container_.emplace(input.path());
+        if (const ContainerKind* kind = containerToRead(setting_, input.path()))
+            container_.emplace(*kind, input.path());
     }
 
     void decode(std::span<const std::uint8_t> bytes)
     {
         if (container_) {
-            container_->take(bytes, [this](std::span<const std::uint8_t> frame) {
-                if (!frame.empty()) return decoder_.decode(frame, samples_);
-                if (!setting_.postFilter)
+            using Frame = ContainerReader::Frame;
+            container_->take(bytes, [this](Frame what, std::span<const std::uint8_t> frame) {
+                if (what == Frame::present) return decoder_.decodeFrame(frame, samples_);
+                if (!setting_.postFilter && isFamily(setting_, "g728"))
                     throw Failure("a frame is lost, and concealment needs --postfilter on");
-                decoder_.conceal(samples_);
+                decoder_.conceal(what == Frame::lost ? zspvFrameLost : zspvFrameNoData, samples_);
             });
             return flush();
         }
@@ -199,7 +203,7 @@ class Sink {
     Unpacker unpacker_;
     SpeechDecoder decoder_;
     std::optional<G726WordDecoder> wordDecoder_;
-    std::optional<G728ContainerReader> container_;
+    std::optional<ContainerReader> container_;
     std::vector<std::uint8_t> words_, codes_;
     std::vector<std::int16_t> samples_;
     std::uint64_t written_ = 0;
@@ -265,7 +269,7 @@ Command encodeCommand()
     const auto options = std::make_shared<CodingOptions>();
     Command command = codingCommand(encode, options);
     command.options.push_back({"--dtx", 'd', "",
-                               "Silence compression, of codecs that have it: G.723.1",
+                               "Silence compression, of codecs that have it: G.723.1, G.729",
                                takeSwitch(options->dtx)});
     command.options.push_back({"--highpass", 0, "on|off",
                                "G.723.1: the filter at the encoder's start (default: on)",
@@ -303,7 +307,8 @@ Command decodeCommand()
              {{"linear", Encoding::linear}, {"mu", Encoding::muLaw}, {"a", Encoding::aLaw}},
              options->law)});
     command.options.push_back({"--postfilter", 0, "on|off",
-                               "G.723.1, G.728: the filter at the decoder's end (default: on); "
+                               "G.723.1, G.728, G.729: the filter at the decoder's end (default: "
+                               "on); "
                                "lost frames of G.728 need it",
                                takeOnOff(options->postFilter)});
     command.examples = "  zsp decode speech.g722 speech.wav\n"
