@@ -61,9 +61,8 @@ struct BestGains {
 
 BestGains bestGains(const GainSums& s, bool isTamed) noexcept
 {
-    const auto& [g, x] = s;
-    const auto product = [&](std::size_t i, std::size_t j, int extra) {
-        return Float{fx::l_mult(g[i], g[j]), x[i] + x[j] + extra};
+    const auto product = [&s](std::size_t i, std::size_t j, int extra) {
+        return Float{fx::l_mult(s.sums[i], s.sums[j]), s.exponents[i] + s.exponents[j] + extra};
     };
     const Normalised den = normalised(difference(product(0, 2, -1), product(4, 4, 1), 0));
     // Of sums that no vectors have, the denominator may be 0 or negative.
