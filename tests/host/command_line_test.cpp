@@ -62,7 +62,8 @@ TEST_F(HostCommandLine, WhatMakesNoSenseIsToldInPlainWords)
         {"encode -r nan in.wav x.g726", "nan is no bit rate", "zsp encode --help"},
         {"encode -r 1e99 in.wav x.g726", "1e99 is no bit rate", "zsp encode --help"},
         {"encode -c mp3 in.wav x",
-         "mp3 is none of pcmu, pcma, g722, g726, g726aal2, g728, g729, gsm or g7231", "encode"},
+         "mp3 is none of pcmu, pcma, g722, g726, g726aal2, g728, g729, g729a, gsm or g7231",
+         "encode"},
         {"encode in.wav x", "x tells no codec by an extension; name one with --codec", "encode"},
         {"encode in.wav x.zip", ".zip is the extension of no codec", "zsp encode --help"},
         {"encode -f zip in.wav x.ul", "--format: zip is not wav, au, flac", "zsp encode --help"},
@@ -137,7 +138,7 @@ TEST_F(HostCommandLine, CodecsListsTheTable)
             EXPECT_NE(outcome.text.find(text), std::string::npos) << text;
     }
     EXPECT_EQ(zsp("codecs --names").text,
-              "pcmu\npcma\ng722\ng726\ng726aal2\ng728\ng729\ngsm\ng7231\n");
+              "pcmu\npcma\ng722\ng726\ng726aal2\ng728\ng729\ng729a\ngsm\ng7231\n");
 }
 
 // The manual names every command and option, and no others.
@@ -178,7 +179,7 @@ TEST_F(HostCommandLine, BashCompletesCommandsOptionsAndValues)
         {"zsp help a", "aec alc"},
         {"zsp vad --d", "--detector --dtx"},
         {"zsp aec --s", "--suppressor"},
-        {"zsp encode --codec g7", "g722 g726 g726aal2 g728 g729 g7231"},
+        {"zsp encode --codec g7", "g722 g726 g726aal2 g728 g729 g729a g7231"},
         {"zsp encode -c pcm", "pcmu pcma"},
         {"zsp vad --detector ''", "amr1 amr2 amrwb"},
         {"zsp vad -d amrw", "amrwb"},

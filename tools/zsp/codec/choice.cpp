@@ -42,9 +42,14 @@ std::vector<const ZspvCodec*> allCodecs()
     return codecs;
 }
 
+bool isAnnexA(const std::string& name)
+{
+    return lowerCase(name) == "g729a";
+}
+
 std::vector<const ZspvCodec*> codecsNamed(const std::string& name)
 {
-    const std::string wanted = lowerCase(name) == "g729a" ? "g729" : lowerCase(name);
+    const std::string wanted = isAnnexA(name) ? "g729" : lowerCase(name);
     return selected([&wanted](const ZspvCodec& codec) {
         return wanted == lowerCase(codec.family) || wanted == lowerCase(codec.rtpName);
     });
@@ -60,12 +65,19 @@ std::vector<const ZspvCodec*> codecsByExtension(const std::string& path)
     });
 }
 
+std::vector<std::string> namesOf(const std::string& family)
+{
+    std::vector<std::string> names = {family};
+    if (isAnnexA(family + "a")) names.push_back(family + "a");
+    return names;
+}
+
 std::string familyNames()
 {
     std::vector<std::string> names;
     for (const ZspvCodec* codec : allCodecs())
-        if (std::find(names.begin(), names.end(), codec->family) == names.end())
-            names.emplace_back(codec->family);
+        for (const std::string& name : namesOf(codec->family))
+            if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(name);
     return listed(names);
 }
 

@@ -24,10 +24,14 @@ struct CodecSetting {
 /// All rows, in the library's order.
 std::vector<const ZspvCodec*> allCodecs();
 
+/// Whether a name is that of Annex A of G.729, "g729a", letter case aside.
+bool isAnnexA(const std::string& name);
 /// Rows of a family ("g726") or with an RTP name ("G726-24"), letter case aside; "g729a" is G.729.
 std::vector<const ZspvCodec*> codecsNamed(const std::string& name);
 /// Rows whose raw files have the extension of this path.
 std::vector<const ZspvCodec*> codecsByExtension(const std::string& path);
+/// What --codec calls a family: its name and, of G.729, also "g729a", which is Annex A.
+std::vector<std::string> namesOf(const std::string& family);
 /// The families' names, "pcmu, pcma, g722 ...".
 std::string familyNames();
 

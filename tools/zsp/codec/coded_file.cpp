@@ -95,7 +95,7 @@ std::vector<const ZspvCodec*> rowsFor(const CodecWish& wish, const std::string& 
 /// What the name says beside the codec: g729a is Annex A of G.729, g729 and none the main body.
 CodecSetting wished(const CodecWish& wish, CodecSetting setting)
 {
-    setting.annexA = lowerCase(wish.name) == "g729a";
+    setting.annexA = isAnnexA(wish.name);
     return setting;
 }
 

@@ -35,7 +35,8 @@ void listCodecs(bool names)
 {
     if (names) {
         for (const auto& rows : families())
-            std::printf("%s\n", rows[0]->family);
+            for (const std::string& name : namesOf(rows[0]->family))
+                std::printf("%s\n", name.c_str());
         return;
     }
     std::printf("codec     sampled  bit rates, kbit/s  frame  file       standard\n");
@@ -43,9 +44,11 @@ void listCodecs(bool names)
         const ZspvCodec& codec = *rows[0];
         std::string rates = rateNames(rows);
         rates.erase(rates.find(" kbit/s"));
-        std::printf("%-9s %2g kHz   %-18s %-6s %-10s %s\n", codec.family, codec.sampleRate / 1000.0,
-                    rates.c_str(), frameOf(codec).c_str(),
-                    ("." + std::string(codec.fileExtension)).c_str(), codec.standard);
+        for (const std::string& name : namesOf(codec.family))
+            std::printf("%-9s %2g kHz   %-18s %-6s %-10s %s%s\n", name.c_str(),
+                        codec.sampleRate / 1000.0, rates.c_str(), frameOf(codec).c_str(),
+                        ("." + std::string(codec.fileExtension)).c_str(), codec.standard,
+                        isAnnexA(name) ? " Annex A" : "");
     }
     std::printf("\nRTP names, as --codec takes them as well:");
     std::size_t column = 80;
