@@ -13,7 +13,7 @@ edit elsewhere in a file leaves the choice alone.
   mutants.py [--seed N] [--count N] [--only TEXT] [--jobs N] [--build DIR] [PATH...]
 
 With paths, only sources whose names begin with one of them. --only TEXT changes all places in lines
-with this text instead of a sample. Two in each file are the least, so that the standard count is
+with this text instead of a sample. One in each file is the least, so that the standard count is
 about 260; each takes some ten seconds of a core.
 """
 
@@ -97,12 +97,12 @@ def mutants_of(path):
 
 
 def choose(sources, seed, count):
-    """The same share of every file, at least two; of a file, those of the lowest rank."""
+    """The same share of every file, at least one; of a file, those of the lowest rank."""
     everything = {path: mutants_of(path) for path in sources}
     total = sum(len(found) ** 0.5 for found in everything.values())
     chosen = []
     for path, found in everything.items():
-        share = max(2, round(count * len(found) ** 0.5 / max(total, 1)))
+        share = max(1, round(count * len(found) ** 0.5 / max(total, 1)))
         chosen += sorted(found, key=lambda m: m.rank(seed))[:share]
     return chosen
 
