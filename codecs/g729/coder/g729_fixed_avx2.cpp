@@ -21,7 +21,7 @@ struct Best {
 
     /// `squares` and `energies` of eight in lanes of 32 bits, which hold words.
     template <typename Take>
-    void look(__m256i squares, __m256i energies, Take take) noexcept
+    void look(__m256i squares, __m256i energies, const Take& take) noexcept
     {
         const __m256i zero = _mm256_setzero_si256();
         const __m256i mine = _mm256_mullo_epi32(squares, _mm256_set1_epi32(energy));

@@ -116,10 +116,8 @@ void GsmPairWriter::finish(std::uint64_t samples)
 {
     if (bytes_ % 2 != 0) output_.write(std::string_view("\0", 1)); // chunks have even lengths
     if (!output_.seekable()) return;
-    const std::string header = headerOf(bytes_, samples);
-    if (pwrite(output_.descriptor(), header.data(), header.size(), 0) !=
-        static_cast<ssize_t>(header.size()))
-        failWithErrno(output_.path());
+    if (lseek(output_.descriptor(), 0, SEEK_SET) != 0) failWithErrno(output_.path());
+    output_.write(headerOf(bytes_, samples));
 }
 
 } // namespace zsp::host
