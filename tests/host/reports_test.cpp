@@ -78,7 +78,8 @@ TEST_F(HostReports, DemoOnOwnSpeechInAnotherFormat)
         EXPECT_NE(outcome.text.find(text), std::string::npos) << outcome.text;
     for (const char* name :
          {"new/dir/g726-16.wav", "new/dir/g726-40.wav", "new/dir/gsm-13.wav", "new/dir/g728-16.wav",
-          "new/dir/g7231-5.3.wav", "new/dir/g7231-6.3.wav"})
+          "new/dir/g7231-5.3.wav", "new/dir/g7231-6.3.wav", "new/dir/g729a.wav",
+          "new/dir/g729a-dtx.wav", "new/dir/g729a-dtx-lost.wav"})
         EXPECT_EQ(get(name).size(), 44 + 2 * 16000u);
     for (const char* name : {"new/dir/g722-48.wav", "new/dir/g722-64.wav"})
         EXPECT_EQ(get(name).size(), 44 + 2 * 32000u);

@@ -71,6 +71,7 @@ void runDemo(const std::string& input, const std::string& directory)
     demoCalls(narrow, wide, directory, report);
     demoG726(narrow, directory, report);
     demoByHearing(narrow, directory, report);
+    demoG729(narrow, directory, report);
     demoG722(wide, directory, report);
     demoLevel(wide, directory, report);
     demoVad(narrow, directory, report);

@@ -14,6 +14,8 @@ namespace zsp::host {
 void demoG726(const Audio& speech, const std::string& directory, Report& report);
 /// GSM full rate, G.728, G.723.1, whose figures say less than their sound.
 void demoByHearing(const Audio& speech, const std::string& directory, Report& report);
+/// G.729 Annex A: what it sends in pauses, and what losses cost. 8 kHz speech.
+void demoG729(const Audio& speech, const std::string& directory, Report& report);
 /// 16 kHz speech.
 void demoG722(const Audio& speech, const std::string& directory, Report& report);
 
