@@ -67,7 +67,7 @@ FixedCode fixedSearchScalar(In<kSubframe> correlation, In<kMatrix> matrix, bool 
     if (isFirst) extra = 30;
     int time = 75 + extra;
     Found best{.square = 0, .energy = fx::kMax16};
-    for (std::size_t i0 = 0; i0 < 40 && time > 0; i0 += 5)
+    for (std::size_t i0 = 0; i0 < 40 && time > 0; i0 += 5) {
         for (std::size_t i1 = 1; i1 < 40 && time > 0; i1 += 5) {
             const Word p1 = fx::add(m.d[i0], m.d[i1]);
             Long a1 = fx::l_mac(fx::l_mult(m.energy(i0), 1), m.energy(i1), 1);
@@ -77,7 +77,7 @@ FixedCode fixedSearchScalar(In<kSubframe> correlation, In<kMatrix> matrix, bool 
                 if (p2 <= threshold) continue;
                 Long a2 = fx::l_mac(a1, m.energy(i2), 1);
                 a2 = fx::l_mac(fx::l_mac(a2, m.cross(i0, i2), 2), m.cross(i1, i2), 2);
-                for (const std::size_t track : {std::size_t{3}, std::size_t{4}})
+                for (const std::size_t track : {std::size_t{3}, std::size_t{4}}) {
                     for (std::size_t i3 = track; i3 < 40; i3 += 5) {
                         const Word p3 = fx::add(p2, m.d[i3]);
                         Long a3 = fx::l_mac(a2, m.energy(i3), 1);
@@ -88,9 +88,11 @@ FixedCode fixedSearchScalar(In<kSubframe> correlation, In<kMatrix> matrix, bool 
                         if (!best.better(q, r)) continue;
                         best = {{i0, i1, i2, i3}, q, r};
                     }
+                }
                 --time;
             }
         }
+    }
     extra = static_cast<Word>(time);
     return m.codeOf(best.pulses);
 }

@@ -87,7 +87,7 @@ FixedCode fixedSearchAvx2(In<kSubframe> correlation, In<kMatrix> matrix, bool is
     std::array<std::size_t, 4> found = {0, 0, 0, 0};
     std::size_t lastTrack = 3;
     const __m256i energies3 = times(m.energies(3), 1), energies4 = times(m.energies(4), 1);
-    for (std::size_t i0 = 0; i0 < kPlaces && time > 0; ++i0)
+    for (std::size_t i0 = 0; i0 < kPlaces && time > 0; ++i0) {
         for (std::size_t i1 = 0; i1 < kPlaces && time > 0; ++i1) {
             const Word p1 = fx::add(m.d[i0], m.d[kPlaces + i1]);
             alignas(16) std::array<Word, kPlaces> p2;
@@ -120,6 +120,7 @@ FixedCode fixedSearchAvx2(In<kSubframe> correlation, In<kMatrix> matrix, bool is
                 --time;
             }
         }
+    }
     extra = static_cast<Word>(time);
     return codeOf(m, found, lastTrack);
 }

@@ -149,7 +149,7 @@ int quantiseGains(const GainSums& g, bool isTamed, In<kSubframe> code, Out<4> pa
 
     Long smallest = fx::kMax32;
     std::size_t bestA = window.first, bestB = window.second;
-    for (std::size_t a = window.first; a < window.first + 4; ++a)
+    for (std::size_t a = window.first; a < window.first + 4; ++a) {
         for (std::size_t b = window.second; b < window.second + 8; ++b) {
             const Word p = fx::add(kGainBook1[a].pitch_Q14, kGainBook2[b].pitch_Q14);
             if (isTamed && p >= 16383) continue;
@@ -167,6 +167,7 @@ int quantiseGains(const GainSums& g, bool isTamed, In<kSubframe> code, Out<4> pa
                 bestB = b;
             }
         }
+    }
     gains.pitch_Q14 = fx::add(kGainBook1[bestA].pitch_Q14, kGainBook2[bestB].pitch_Q14);
     const Long correction_Q13 = kGainBook1[bestA].code_Q13 + kGainBook2[bestB].code_Q13;
     const Long product = fx::l_mult(fx::extract_l(correction_Q13 >> 1), predicted.mantissa);

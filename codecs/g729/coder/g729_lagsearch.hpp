@@ -23,9 +23,9 @@ Lag searchLag(Normalise normalise, In<kSubframe> target, In<kSubframe> response,
               int last, bool isFirst, Excitation excitation) noexcept
 {
     std::array<Word, kLagCorrelations> corr;
-    normalise(target, response, first - kLagMargin,
-              static_cast<std::size_t>(last - first + 1 + 2 * kLagMargin), &excitation[kPast],
-              corr);
+    const int lags = last - first + 1 + 2 * kLagMargin;
+    normalise(target, response, first - kLagMargin, static_cast<std::size_t>(lags),
+              &excitation[kPast], corr);
     const Word* at = corr.data() + kLagMargin;
     int best = first;
     for (int t = first; t <= last; ++t)

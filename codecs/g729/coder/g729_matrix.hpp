@@ -59,7 +59,7 @@ struct SignedMatrix {
         }
         std::copy_n(matrix.begin(), kTracks * kPlaces, words.begin());
         std::size_t at = kTracks * kPlaces;
-        for (const auto& [a, b] : kTrackPairs)
+        for (const auto& [a, b] : kTrackPairs) {
             for (std::size_t i = 0; i < kPlaces; ++i)
                 for (std::size_t j = 0; j < kPlaces; ++j, ++at) {
                     const Word s = sign[place(a, i)], t = sign[place(b, j)];
@@ -68,6 +68,7 @@ struct SignedMatrix {
                                                               : fx::kMin16;
                     words[at] = fx::mult(matrix[at], both);
                 }
+        }
     }
 
     Word energy(std::size_t at) const noexcept

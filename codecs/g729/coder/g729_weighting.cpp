@@ -41,11 +41,11 @@ Word ratioOf(Word reflection_Q15) noexcept
     const auto c = static_cast<Word>(fx::abs_s(reflection_Q15) >> 4);
     Word ratio = c;
     if (c > 1299) {
-        const Line* line = kLines;
-        while (c > line->upTo)
-            ++line;
-        const Long product = fx::l_mult(static_cast<Word>(c >> 1), line->slope);
-        ratio = fx::extract_l(fx::l_sub(product, line->offset) >> 11);
+        const Line& line = c <= kLines[0].upTo   ? kLines[0]
+                           : c <= kLines[1].upTo ? kLines[1]
+                                                 : kLines[2];
+        const Long product = fx::l_mult(static_cast<Word>(c >> 1), line.slope);
+        ratio = fx::extract_l(fx::l_sub(product, line.offset) >> 11);
     }
     return reflection_Q15 < 0 ? fx::negate(ratio) : ratio;
 }

@@ -23,6 +23,13 @@ constexpr Place placeOf(Word lag, Word fraction) noexcept
     return fraction > 0 ? Place{-lag - 1, 3 - fraction} : Place{-lag, -fraction};
 }
 
+/// A sum that is not negative, for subscripts.
+constexpr std::size_t indexOf(int i) noexcept
+{
+    assert(i >= 0);
+    return static_cast<std::size_t>(i);
+}
+
 } // namespace
 
 void adaptiveVectorScalar(Word lag, Word fraction, Out<kPast + kSubframe> excitation) noexcept
@@ -34,8 +41,8 @@ void adaptiveVectorScalar(Word lag, Word fraction, Out<kPast + kSubframe> excita
         const Word* x = e + (start + n);
         Long sum = 0;
         for (int i = 0; i < 10; ++i) {
-            sum = fx::l_mac(sum, *(x - i), b[static_cast<std::size_t>(phase + 3 * i)]);
-            sum = fx::l_mac(sum, *(x + 1 + i), b[static_cast<std::size_t>(3 - phase + 3 * i)]);
+            sum = fx::l_mac(sum, *(x - i), b[indexOf(phase + 3 * i)]);
+            sum = fx::l_mac(sum, *(x + 1 + i), b[indexOf(3 - phase + 3 * i)]);
         }
         *(e + n) = fx::round_fx(sum);
     }
@@ -49,10 +56,8 @@ constexpr auto kTapPairs = [] {
     for (int phase = 0; phase < 3; ++phase) {
         std::array<int, 20> taps{};
         for (int i = 0; i < 10; ++i) {
-            taps[static_cast<std::size_t>(9 - i)] =
-                kInterpolateExcitation[static_cast<std::size_t>(phase + 3 * i)];
-            taps[static_cast<std::size_t>(10 + i)] =
-                kInterpolateExcitation[static_cast<std::size_t>(3 - phase + 3 * i)];
+            taps[indexOf(9 - i)] = kInterpolateExcitation[indexOf(phase + 3 * i)];
+            taps[indexOf(10 + i)] = kInterpolateExcitation[indexOf(3 - phase + 3 * i)];
         }
         for (std::size_t k = 0; k < 10; ++k)
             pairs[static_cast<std::size_t>(phase)][k] =
@@ -124,7 +129,7 @@ void adaptiveVector(Word lag, Word fraction, Out<kPast + kSubframe> excitation) 
 Pulses pulsesOf(int positions, int signs) noexcept
 {
     const auto at = [positions](int shift, int track) {
-        return static_cast<std::size_t>(5 * ((positions >> shift) & 7) + track);
+        return indexOf(5 * ((positions >> shift) & 7) + track);
     };
     return {{{at(0, 0), (signs & 1) != 0},
              {at(3, 1), (signs & 2) != 0},

@@ -87,7 +87,7 @@ Match findDelay(const Scaled& z, Word lag) noexcept
     Match m{.num = {fx::extract_l(best >> shiftNum), shiftNum},
             .den = {fx::extract_l(past >> shiftDen), shiftDen}};
     Long square = fx::l_mult(m.num.word, m.num.word);
-    for (std::size_t p = 0; p < kPhases; ++p)
+    for (std::size_t p = 0; p < kPhases; ++p) {
         for (std::size_t o = 0; o < 2; ++o) {
             const Word num = fx::extract_l(std::max<Long>(phases[p].crosses[o] >> shiftNum, 0));
             const Word den = fx::extract_l(phases[p].energies[o] >> shiftDen);
@@ -99,6 +99,7 @@ Match findDelay(const Scaled& z, Word lag) noexcept
             m.phase = p + 1;
             m.later = o;
         }
+    }
     if (m.num.word == 0 || m.den.word <= 1) return {};
     Long product = fx::l_mult(m.den.word, en.word);
     Long squared = celp::l_comp(fx::l_extract(square));
